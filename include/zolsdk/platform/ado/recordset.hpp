@@ -1,0 +1,163 @@
+#pragma once
+// The in-memory rowset: a table of Variants with one cursor, a filter view,
+// a sort order and bookmarks that survive filter changes. Providers fill it
+// through AddNew/Update (or AppendRow) and hand it out disconnected.
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "zolsdk/platform/ado/types.hpp"
+#include "zolsdk/platform/object.hpp"
+#include "zolsdk/platform/variant.hpp"
+
+namespace zolsdk::ado {
+
+class Recordset;
+
+class Field {
+public:
+    const String& Name() const { return name_; }
+    int32_t Type() const { return type_; }
+    int32_t DefinedSize() const { return size_; }
+    int32_t Attributes() const { return attributes_; }
+    uint8_t Precision() const { return precision_; }
+    uint8_t NumericScale() const { return scale_; }
+    void Precision(uint8_t p) { precision_ = p; }
+    void NumericScale(uint8_t s) { scale_ = s; }
+    // The cell of the current row; 3021 when there is none.
+    const Variant& Value() const;
+    void Value(const Variant& v);
+
+private:
+    friend class Recordset;
+    friend class Fields;
+    Recordset* rs_ = nullptr;
+    size_t index_ = 0;
+    String name_;
+    int32_t type_ = 0, size_ = 0, attributes_ = -1;
+    uint8_t precision_ = 0, scale_ = 0;
+};
+
+class Fields {
+public:
+    // Defines a field; only while the rowset is closed (3705 otherwise).
+    void Append(StringView name, int32_t type, int32_t definedSize = 0, int32_t attributes = -1);
+    // By name (case-blind) or by 0-based position; 3265 when there is none.
+    Field& Item(StringView name);
+    Field& Item(int32_t index);
+    Field& Item(const Variant& key);
+    int32_t Count() const { return static_cast<int32_t>(fields_.size()); }
+    // -1 when absent.
+    int32_t IndexOf(StringView name) const;
+
+private:
+    friend class Recordset;
+    Recordset* rs_ = nullptr;
+    std::vector<std::unique_ptr<Field>> fields_;
+};
+
+class Recordset : public Object {
+public:
+    Recordset();
+    Recordset(const Recordset&) = delete;
+    Recordset& operator=(const Recordset&) = delete;
+
+    void CursorLocation(int32_t v) { cursorLocation_ = v; }
+    int32_t CursorLocation() const { return cursorLocation_; }
+
+    ado::Fields& Fields() { return fields_; }
+    const ado::Fields& Fields() const { return fields_; }
+    // Shorthands for Fields().Item(name).Value().
+    const Variant& Value(StringView field) { return fields_.Item(field).Value(); }
+    void Value(StringView field, const Variant& v) { fields_.Item(field).Value(v); }
+
+    // Opens an empty rowset of the defined fields.
+    void Open();
+    void Close();
+    int32_t State() const;
+
+    // Appends a row and moves to it; the row is pending until Update.
+    void AddNew();
+    void Update();
+    void UpdateBatch(int32_t affectRecords = adAffectAllChapters);
+    // Drops a pending new row.
+    void Cancel();
+    void CancelUpdate() { Cancel(); }
+    // Fast path for providers: a whole row, in field order, made final.
+    void AppendRow(std::vector<Variant> cells);
+
+    // EOF and BOF of the platform (EOF is a C macro, hence the spelling).
+    bool Eof() const;
+    bool Bof() const;
+    void MoveFirst();
+    void MoveLast();
+    void MoveNext();
+    void MovePrevious();
+    // `count` rows on from the first row when start is adBookmarkFirst (1),
+    // from the current row when start is empty/0.
+    void Move(int32_t count, const Variant& start = Variant());
+
+    Variant Bookmark() const;
+    void Bookmark(const Variant& mark);
+
+    int32_t RecordCount() const;
+
+    // "name = 'value'" (AND/OR of such terms; = <> < > <= >= LIKE) or a
+    // number 0 (adFilterNone) / an empty text to lift it.
+    void Filter(const Variant& criteria);
+    const Variant& Filter() const { return filter_; }
+    // "field [ASC|DESC], ..."; an empty text restores the order of entry.
+    void Sort(StringView fields);
+    const String& Sort() const { return sort_; }
+    // Moves to the next row (from the current one, after skipping
+    // `skipRecords`) that meets a single "name op value" criterion; EOF when
+    // none does. A negative direction searches backwards (BOF when none).
+    void Find(StringView criteria, int32_t skipRecords = 0, int32_t searchDirection = 1);
+
+    // The rows in view from the cursor on, as text; the cursor ends at EOF.
+    String GetString(int32_t format = adClipString, int32_t numRows = -1, StringView columnDelimiter = u"\t",
+                     StringView rowDelimiter = u"\r", StringView nullExpr = u"");
+
+    // Providers that fetch in the background implement this: it is asked to
+    // make at least `rows` rows available (blocking until they are, or the
+    // result is complete) and reports whether more may still come.
+    using RowFeed = std::function<bool(size_t rows)>;
+    void SetRowFeed(RowFeed feed, int32_t extraState);
+    void FeedComplete();
+
+private:
+    friend class Field;
+    friend class ado::Fields;
+    struct Row {
+        std::vector<Variant> cells;
+    };
+    ado::Fields fields_;
+    std::vector<Row> rows_;
+    std::vector<size_t> view_;     // indexes into rows_, in view order
+    long pos_ = -1;                // cursor in view_: -1 before first, size() after last
+    bool open_ = false;
+    bool pendingNew_ = false;
+    int32_t cursorLocation_ = 2;
+    Variant filter_ = Variant(int32_t{0});
+    String sort_;
+    RowFeed feed_;
+    int32_t extraState_ = 0;
+
+    struct Term;
+    struct Criteria;
+
+    void RequireOpen() const;
+    void RequireCurrent() const;
+    void Rebuild(long keepRow);
+    void Pull(size_t rows) const;
+    void PullAll() const;
+    size_t ViewSize() const { return view_.size(); }
+    bool Matches(const Criteria& c, const Row& r) const;
+    Criteria Parse(StringView text) const;
+};
+
+// A new, open, disconnected rowset with the given fields (name, type, size).
+Ref<Recordset> NewRowset(std::initializer_list<std::tuple<const char16_t*, int32_t, int32_t>> fields);
+
+} // namespace zolsdk::ado
