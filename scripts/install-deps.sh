@@ -7,7 +7,7 @@ SUDO=""
 if [ "$(id -u)" -ne 0 ]; then SUDO="sudo"; fi
 
 PACKAGES=(
-  build-essential cmake ninja-build pkg-config
+  build-essential cmake ninja-build pkg-config ccache
   libgtest-dev googletest
   libxml2-dev libpcre2-dev libssl-dev
   unixodbc unixodbc-dev odbc-mariadb tdsodbc
