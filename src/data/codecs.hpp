@@ -33,6 +33,9 @@ public:
 
 private:
     String decimalSeparator_;
+    // The neutral "." replaced by the user's separator, for the
+    // locale-dependent conversions.
+    String Localised(StringView text) const;
 };
 
 } // namespace zolsdk
