@@ -1,5 +1,7 @@
 #pragma once
 // The one header a client includes.
+
+// Platform: text, failures, references, tagged values, rowsets.
 #include "zolsdk/platform/text.hpp"
 #include "zolsdk/platform/error.hpp"
 #include "zolsdk/platform/object.hpp"
@@ -10,3 +12,21 @@
 #include "zolsdk/platform/collection.hpp"
 #include "zolsdk/platform/ado/types.hpp"
 #include "zolsdk/platform/ado/recordset.hpp"
+
+// Catalog, sessions, readers, dialects.
+#include "zolsdk/catalog/error_numbers.hpp"
+#include "zolsdk/catalog/catalog.hpp"
+#include "zolsdk/catalog/class_factory.hpp"
+#include "zolsdk/sessions/session.hpp"
+#include "zolsdk/readers/reader.hpp"
+#include "zolsdk/dialects/sql_builder.hpp"
+
+// Schema model.
+#include "zolsdk/schema/enums.hpp"
+#include "zolsdk/schema/enumerable.hpp"
+#include "zolsdk/schema/table.hpp"
+#include "zolsdk/schema/column.hpp"
+#include "zolsdk/schema/index.hpp"
+
+// Data model.
+#include "zolsdk/data/blob.hpp"

@@ -48,6 +48,11 @@ public:
 
     friend bool operator==(const Ref& a, const Ref& b) { return a.p_ == b.p_; }
 
+    // Range-for over a referenced collection keeps the collection alive for
+    // the walk: `for (auto col : table->Columns())`.
+    auto begin() const { return Get().NewEnum()->begin(); }
+    auto end() const { return decltype(Get().NewEnum()->begin())(); }
+
 private:
     std::shared_ptr<T> p_;
 };

@@ -1,0 +1,72 @@
+#pragma once
+#include "zolsdk/schema/collection_frame.hpp"
+
+namespace zolsdk {
+
+class DbCatalog;
+class IDBReader;
+class DbIdxColumns;
+
+class DbIndex : public Object {
+public:
+    const String& IndexName() const { return m_sIndexName; }
+    const String& TableName() const { return m_sTableName; }
+    bool PrimaryKey() const { return m_bPrimaryKey; }
+    bool Unique() const { return m_bUnique; }
+    // A new collection at each read.
+    Ref<DbIdxColumns> Columns();
+    String GetString(const String& psColumnDelimiter) const;
+    void Init(const Ref<DbCatalog>& poDB, const String& psTableName, const String& psIndexName, bool pbPrimaryKey,
+              bool pbUnique);
+
+private:
+    Ref<DbCatalog> m_oDB;
+    String m_sTableName, m_sIndexName;
+    bool m_bPrimaryKey = false, m_bUnique = false;
+};
+
+class DbIdxColumn : public Object {
+public:
+    const String& TableName() const { return m_sTableName; }
+    const String& IndexName() const { return m_sIndexName; }
+    const String& ColumnName() const { return m_sColumnName; }
+    int32_t Position() const { return m_lPosition; }
+    int32_t SortOrder() const { return m_eSortOrder; }
+    String GetString(const String& psColumnDelimiter) const;
+    void Init(const String& psTableName, const String& psIndexName, const String& psColumnName, int32_t plPosition,
+              int32_t peSortOrder);
+
+private:
+    String m_sTableName, m_sIndexName, m_sColumnName;
+    int32_t m_lPosition = 0, m_eSortOrder = 0;
+};
+
+class DbIndexes : public SchemaCollection<DbIndex> {
+public:
+    DbIndexes();
+    void Init(const Ref<DbCatalog>& poDB, const String& psTableName);
+
+protected:
+    void Fill(DbIndex& item) override;
+
+private:
+    Ref<DbCatalog> m_oDB;
+};
+
+class DbIdxColumns : public SchemaCollection<DbIdxColumn> {
+public:
+    DbIdxColumns();
+    void Init(const Ref<DbCatalog>& poDB, const String& psTableName, const String& psIndexName);
+
+protected:
+    void Fill(DbIdxColumn& item) override;
+
+private:
+    Ref<IDBReader> m_oReader;
+};
+
+// Public classes without operations, kept in the interface.
+class DbKey : public Object {};
+class DbKeys : public Object {};
+
+} // namespace zolsdk

@@ -1,0 +1,50 @@
+#include "zolsdk/catalog/class_factory.hpp"
+
+#include <functional>
+#include <utility>
+
+#include "zolsdk/catalog/catalog.hpp"
+#include "zolsdk/data/blob.hpp"
+#include "zolsdk/schema/column.hpp"
+#include "zolsdk/schema/index.hpp"
+#include "zolsdk/schema/table.hpp"
+
+namespace zolsdk {
+
+namespace {
+using Maker = std::function<Ref<Object>()>;
+
+template <class T>
+std::pair<const char16_t*, Maker> Entry(const char16_t* name) {
+    return {name, [] { return Ref<Object>(Ref<T>::New()); }};
+}
+
+const std::vector<std::pair<const char16_t*, Maker>>& Registry() {
+    static const std::vector<std::pair<const char16_t*, Maker>> r = {
+        Entry<DbCatalog>(u"DbCatalog"),     Entry<DbTables>(u"DbTables"),
+        Entry<DbTable>(u"DbTable"),         Entry<DbColumns>(u"DbColumns"),
+        Entry<DbColumn>(u"DbColumn"),       Entry<DbIndexes>(u"DbIndexes"),
+        Entry<DbIndex>(u"DbIndex"),         Entry<DbIdxColumns>(u"DbIdxColumns"),
+        Entry<DbIdxColumn>(u"DbIdxColumn"), Entry<DbKeys>(u"DbKeys"),
+        Entry<DbKey>(u"DbKey"),             Entry<DbBlob>(u"DbBlob"),
+    };
+    return r;
+}
+} // namespace
+
+Ref<Object> CreateObject(StringView className) {
+    String name(className);
+    // A qualified name ("zolsdk.DbCatalog") names the same class.
+    if (auto dot = name.rfind(u'.'); dot != String::npos) name = name.substr(dot + 1);
+    for (const auto& [n, make] : Registry())
+        if (EqualsNoCase(n, name)) return make();
+    throw DbError(429, u"zolsdk", u"ActiveX component can't create object: " + String(className));
+}
+
+std::vector<String> CreatableClassNames() {
+    std::vector<String> names;
+    for (const auto& e : Registry()) names.emplace_back(e.first);
+    return names;
+}
+
+} // namespace zolsdk
