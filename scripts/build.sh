@@ -1,0 +1,9 @@
+#!/usr/bin/env bash
+# Installs what the project needs and builds the library, the zol tool and
+# the tests into build/.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+bash scripts/install-deps.sh
+cmake -S . -B build -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+cmake --build build -j "$(nproc)"
