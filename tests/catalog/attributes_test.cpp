@@ -1,0 +1,44 @@
+#include <gtest/gtest.h>
+
+#include "catalog/adaptor_factory.hpp"
+#include "catalog/attributes.hpp"
+
+using namespace zolsdk;
+
+TEST(AttributeValue, FactoryReaderFindsTheFirstOccurrenceAnywhere) {
+    EXPECT_EQ(FactoryAttributeValue(u"", u"dbtype"), u"");
+    // The case of the value stays; keys match case-blind.
+    EXPECT_EQ(FactoryAttributeValue(u"DbType=MySQL;dbname=x", u"dbtype"), u"MySQL");
+    EXPECT_EQ(FactoryAttributeValue(u"dbtype=msxml;dbname=a b ;x=1", u"DBNAME"), u"a b ");
+    EXPECT_EQ(FactoryAttributeValue(u"dbname=", u"dbname"), u"");
+    EXPECT_EQ(FactoryAttributeValue(u"dbname", u"dbname"), u"");
+    // A match inside a longer key counts, and only the first hit is looked at.
+    EXPECT_EQ(FactoryAttributeValue(u"xdbname=a;dbname=b", u"dbname"), u"a");
+    EXPECT_EQ(FactoryAttributeValue(u"dbname=a;dbname=b", u"dbname"), u"a");
+    // The second "=" ends the value.
+    EXPECT_EQ(FactoryAttributeValue(u"password=a=b", u"password"), u"a");
+    // A blank before "=" makes the item unreadable.
+    EXPECT_EQ(FactoryAttributeValue(u"dbname =x", u"dbname"), u"");
+    // The key inside a value is found first: that piece has no "=".
+    EXPECT_EQ(FactoryAttributeValue(u"dbname=dbtype;dbtype=mysql", u"dbtype"), u"");
+    EXPECT_EQ(FactoryAttributeValue(u"a=1;port=3306", u"port"), u"3306");
+}
+
+TEST(AttributeValue, SessionReaderLooksForKeyAndEqualsFirst) {
+    EXPECT_EQ(SessionAttributeValue(u"dbname=dbtype;dbtype=mysql", u"dbtype"), u"mysql");
+    EXPECT_EQ(SessionAttributeValue(u"", u"dbname"), u"");
+    EXPECT_EQ(SessionAttributeValue(u"dbname =x", u"dbname"), u"");
+    EXPECT_EQ(SessionAttributeValue(u"xdbname=a;dbname=b", u"dbname"), u"a");
+    EXPECT_EQ(SessionAttributeValue(u"DBNAME=Shop", u"dbname"), u"Shop");
+    EXPECT_EQ(SessionAttributeValue(u"dbname=x;dbtypeid=3", u"dbtypeid"), u"3");
+    EXPECT_EQ(SessionAttributeValue(u"user=a", u"password"), u"");
+}
+
+TEST(AdaptorFactory, ChoosesTheSessionByLowerCasedType) {
+    DbAdaptorFactory f;
+    for (auto attrs : {u"dbtype=MSXML;dbname=a", u"dbtype=mysql", u"dbtype=MsSql", u"dbtype=msaccess"})
+        EXPECT_TRUE(f.GetDbSessionAdaptor(attrs)) << ToUtf8(attrs);
+    EXPECT_FALSE(f.GetDbSessionAdaptor(u"dbname=a"));
+    EXPECT_FALSE(f.GetDbSessionAdaptor(u"dbtype=oracle"));
+    EXPECT_FALSE(f.GetDbSessionAdaptor(u"dbtype =msxml"));
+}
