@@ -1,0 +1,20 @@
+#pragma once
+// The zol tool's commands. Each returns the process exit code.
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace zol {
+
+using Args = std::vector<std::string>;
+
+int Usage(std::ostream& out, int code);
+int SchemaCommand(const Args& args, std::ostream& out);
+int CreateCommand(const Args& args, std::ostream& out);
+int DropCommand(const Args& args, std::ostream& out);
+
+// Prints a library failure the way a person needs it: number, text and the
+// chain of routines it passed.
+int ReportFailure(std::ostream& err, const std::exception& e);
+
+} // namespace zol
