@@ -30,3 +30,6 @@
 
 // Data model.
 #include "zolsdk/data/blob.hpp"
+#include "zolsdk/data/data_columns.hpp"
+#include "zolsdk/data/data_row.hpp"
+#include "zolsdk/data/data_rows.hpp"

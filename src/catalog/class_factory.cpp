@@ -5,6 +5,7 @@
 
 #include "zolsdk/catalog/catalog.hpp"
 #include "zolsdk/data/blob.hpp"
+#include "zolsdk/data/data_rows.hpp"
 #include "zolsdk/schema/column.hpp"
 #include "zolsdk/schema/index.hpp"
 #include "zolsdk/schema/table.hpp"
@@ -27,6 +28,9 @@ const std::vector<std::pair<const char16_t*, Maker>>& Registry() {
         Entry<DbIndex>(u"DbIndex"),         Entry<DbIdxColumns>(u"DbIdxColumns"),
         Entry<DbIdxColumn>(u"DbIdxColumn"), Entry<DbKeys>(u"DbKeys"),
         Entry<DbKey>(u"DbKey"),             Entry<DbBlob>(u"DbBlob"),
+        Entry<DbDataSet>(u"DbDataSet"),     Entry<DbDataRow>(u"DbDataRow"),
+        Entry<DbDataRows>(u"DbDataRows"),   Entry<DbDataColumns>(u"DbDataColumns"),
+        Entry<DbDataColumn>(u"DbDataColumn"),
     };
     return r;
 }

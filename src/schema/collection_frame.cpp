@@ -1,5 +1,6 @@
 #include "zolsdk/schema/collection_frame.hpp"
 
+#include "zolsdk/data/data_columns.hpp"
 #include "zolsdk/schema/column.hpp"
 #include "zolsdk/schema/index.hpp"
 #include "zolsdk/schema/table.hpp"
@@ -148,5 +149,6 @@ template class SchemaCollection<DbTable>;
 template class SchemaCollection<DbColumn>;
 template class SchemaCollection<DbIndex>;
 template class SchemaCollection<DbIdxColumn>;
+template class SchemaCollection<DbDataColumn>;
 
 } // namespace zolsdk

@@ -1,5 +1,7 @@
 #include "support/split.hpp"
 
+#include "zolsdk/platform/error.hpp"
+
 namespace zolsdk {
 
 std::vector<String> Split(StringView text, StringView delimiter, bool ignoreCase) {
@@ -19,6 +21,11 @@ std::vector<String> Split(StringView text, StringView delimiter, bool ignoreCase
     }
     out.emplace_back(text.substr(from));
     return out;
+}
+
+const String& Piece(const std::vector<String>& items, size_t i) {
+    if (i >= items.size()) RaisePlatform(err::SubscriptOutOfRange);
+    return items[i];
 }
 
 String Join(const std::vector<String>& items, StringView delimiter) {
