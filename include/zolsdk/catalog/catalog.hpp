@@ -7,11 +7,19 @@
 
 #include "zolsdk/platform/object.hpp"
 #include "zolsdk/platform/text.hpp"
+#include "zolsdk/platform/variant.hpp"
 
 namespace zolsdk {
 
 class IDBSession;
 class DbTables;
+class DbTable;
+class DbColumns;
+class DbIndexes;
+class DbDataSet;
+class DbDataRow;
+class DbQuery;
+class DbColumnMap;
 
 class DbCatalog : public Object {
 public:
@@ -38,6 +46,36 @@ public:
     void BeginTransaction();
     void EndTransaction();
     void RollbackTransaction();
+
+    // ---- data out -----------------------------------------------------------
+    // All rows of a table; above 100000 rows they are fetched in the
+    // background while the first ones are read.
+    Ref<DbDataSet> ExportData(const String& psTableName);
+    Ref<DbDataSet> ExportDataByQuery(const Ref<DbQuery>& poQuery);
+    // Deletes every row of the table; with no name, forgets the cached schema.
+    Variant ClearData(const String& psTableName);
+    // Runs the statement as it is; true when it touched at least one row.
+    bool PassThroughQuery(const String& psSQL);
+
+    // ---- data in ------------------------------------------------------------
+    // Copies every row of the data set into the table, in batches where the
+    // engine takes multi-row inserts, with bound parameters for large values.
+    // A failure ends the run; rows written before it stay.
+    bool ImportData(const String& psTableName, const Ref<DbDataSet>& poDataSet);
+    // The same through a column map: the map's targets are written, with
+    // values from the row's columns, constants or expressions.
+    bool ImportDataEx(const String& psTableName, const Ref<DbDataSet>& poDataSet, const Ref<DbColumnMap>& poColumnMap);
+    bool ImportDataRow(const String& psTableName, const Ref<DbDataSet>& poDataSet, const Ref<DbDataRow>& poDataRow);
+    bool UpdateDataByAttribute(const String& psTableName, const Ref<DbDataSet>& poDataSet,
+                               const Ref<DbDataRow>& poDataRow, const String& psAttributes,
+                               const String& psAttributeValue);
+
+    // ---- schema in ----------------------------------------------------------
+    // Recreates a table of another catalog here, with its keys and indexes.
+    // The result tells of the last statement only (rows it reported).
+    bool ImportTable(const Ref<DbTable>& poTable);
+    bool ImportColumns(const Ref<DbColumns>& poColumns);   // does nothing, false
+    bool ImportIndex(const Ref<DbIndexes>& poIndex);       // does nothing, false
 
 private:
     Ref<IDBSession> m_oSession;

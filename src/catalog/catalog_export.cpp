@@ -1,0 +1,47 @@
+#include "support/replace_text.hpp"
+#include "zolsdk/catalog/catalog.hpp"
+#include "zolsdk/data/data_rows.hpp"
+#include "zolsdk/dialects/sql_builder.hpp"
+#include "zolsdk/readers/reader.hpp"
+#include "zolsdk/sessions/session.hpp"
+
+namespace zolsdk {
+
+namespace {
+// Up to this many rows a set is read at once; above, in the background.
+constexpr int32_t kAsyncThreshold = 100000;
+int32_t ModeFor(int32_t rows) { return rows > kAsyncThreshold ? 3 : 0; }
+} // namespace
+
+Ref<DbDataSet> DbCatalog::ExportData(const String& psTableName) {
+    ZOL_ROUTINE(u"DbCatalog:ExportData Ln ");
+    try {
+        auto ds = Ref<DbDataSet>::New();
+        ZOL_LN; int32_t rows = GetDataRowCount(psTableName);
+        ZOL_LN; ds->Init(SelfRef<DbCatalog>(this), psTableName, u"", u"", ModeFor(rows));
+        return ds;
+    } ZOL_RERAISE
+}
+
+Variant DbCatalog::ClearData(const String& psTableName) {
+    ZOL_ROUTINE(u"DbCatalog:ClearData Ln ");
+    try {
+        if (psTableName.empty()) {
+            // No table: forget the cached schema, touch no data.
+            ZOL_LN; m_oSession->DbReader()->Refresh();
+        } else {
+            ZOL_LN; String sql = m_oSession->DbSqlBuilder()->DeleteSql(psTableName);
+            ZOL_LN; m_oSession->ExecuteNoQuery(sql);
+        }
+        return Variant(true);
+    } ZOL_RERAISE
+}
+
+bool DbCatalog::PassThroughQuery(const String& psSQL) {
+    ZOL_ROUTINE(u"DbCatalog:PassThroughQuery Ln ");
+    try {
+        ZOL_LN; return m_oSession->ExecuteNoQuery(psSQL) >= 1;
+    } ZOL_RERAISE
+}
+
+} // namespace zolsdk

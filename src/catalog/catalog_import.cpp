@@ -1,0 +1,99 @@
+#include "catalog/import_writer.hpp"
+#include "support/split.hpp"
+#include "zolsdk/catalog/catalog.hpp"
+#include "zolsdk/data/data_rows.hpp"
+
+namespace zolsdk {
+
+namespace {
+// The data set's columns into the writer; large-value columns get a
+// parameter named after the column.
+void AddDataSetColumns(ImportWriter& w, const Ref<DbDataSet>& ds) {
+    for (auto col : ds->Columns()) {
+        int32_t g = col->DataTypeGroup();
+        w.AddColumn(g, col->ColumnName(), g == 10 || g == 2 ? col->ColumnName() : String());
+    }
+}
+
+String RowRecord(DbDataRow& row, const String& mark) { return row.GetString(u",", mark); }
+
+// Ends the bracket and passes the failure on with this routine's line; a
+// failure of the rollback itself takes the first one's place.
+[[noreturn]] void AbortImport(const RoutineMark& mark, const Ref<IDBSession>& session) {
+    DbError e = CurrentFailure();
+    e.AppendTrace(mark.literal, mark.line);
+    if (session) session->RollbackTransaction();
+    throw e;
+}
+} // namespace
+
+bool DbCatalog::ImportData(const String& psTableName, const Ref<DbDataSet>& poDataSet) {
+    ZOL_ROUTINE(u"DbCatalog:ImportData Ln ");
+    try {
+        ZOL_LN; m_oSession->BeginTransaction();
+        ImportWriter w(m_oSession, psTableName);
+        ZOL_LN; AddDataSetColumns(w, poDataSet);
+        ZOL_LN; ImportWriter::Way way = w.ChooseWay(poDataSet->Rows()->Mode());
+        for (auto row : poDataSet->Rows()) {
+            ZOL_LN; w.Write(way, *row, RowRecord);
+        }
+        ZOL_LN; w.Flush();
+        ZOL_LN; m_oSession->EndTransaction();
+        return true;
+    } catch (...) {
+        AbortImport(zol_mark_, m_oSession);
+    }
+}
+
+bool DbCatalog::ImportDataRow(const String& psTableName, const Ref<DbDataSet>& poDataSet,
+                              const Ref<DbDataRow>& poDataRow) {
+    ZOL_ROUTINE(u"DbCatalog:ImportDataRow Ln ");
+    try {
+        ImportWriter w(m_oSession, psTableName);
+        ZOL_LN; AddDataSetColumns(w, poDataSet);
+        ZOL_LN; int32_t mode = poDataSet->Rows()->Mode();
+        DbDataRow& row = *poDataRow;
+        if (mode == 3 || mode == 0) {
+            // No size limit here: the text goes as it is.
+            ZOL_LN; String sql = w.Builder().InsertSql(psTableName, w.ColumnSet(), row.GetString(u",", u"="), u"=");
+            ZOL_LN; m_oSession->ExecuteNoQuery(sql);
+        } else {
+            ZOL_LN; String sql = w.Builder().InsertSql(psTableName, w.ColumnSet(), row.GetString(u",", u"?"), u"?");
+            ZOL_LN; w.WriteBound(row, sql);
+        }
+        return true;
+    } ZOL_RERAISE
+}
+
+bool DbCatalog::UpdateDataByAttribute(const String& psTableName, const Ref<DbDataSet>& poDataSet,
+                                      const Ref<DbDataRow>& poDataRow, const String& psAttributes,
+                                      const String& psAttributeValue) {
+    ZOL_ROUTINE(u"DbCatalog:UpdateDataByAttribute Ln ");
+    try {
+        ZOL_LN; m_oSession->BeginTransaction();
+        ImportWriter w(m_oSession, psTableName);
+        ZOL_LN; AddDataSetColumns(w, poDataSet);
+        // The matching columns as a typed column set of their own.
+        ImportWriter keys(m_oSession, psTableName);
+        for (const String& name : Split(psAttributes, u",")) {
+            ZOL_LN; Ref<DbDataColumn> col = poDataSet->Columns()->Item(Variant(name));
+            ZOL_LN; keys.AddColumn(col->DataTypeGroup(), col->ColumnName(), u"");
+        }
+        ZOL_LN; int32_t mode = poDataSet->Rows()->Mode();
+        DbDataRow& row = *poDataRow;
+        String mark = mode == 3 || mode == 0 ? u"=" : u"?";
+        ZOL_LN; String sql = w.Builder().UpdateByAttributeSql(psTableName, w.ColumnSet(), row.GetString(u",", mark),
+                                                              mark, keys.ColumnSet(), psAttributeValue);
+        if (mark == u"=") {
+            ZOL_LN; m_oSession->ExecuteNoQuery(sql);
+        } else {
+            ZOL_LN; w.WriteBound(row, sql);
+        }
+        ZOL_LN; m_oSession->EndTransaction();
+        return true;
+    } catch (...) {
+        AbortImport(zol_mark_, m_oSession);
+    }
+}
+
+} // namespace zolsdk
