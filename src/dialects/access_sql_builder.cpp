@@ -1,0 +1,67 @@
+#include "dialects/access_sql_builder.hpp"
+
+#include "support/split.hpp"
+
+namespace zolsdk {
+
+DialectTraits DbMsAccessSQLBuilder::AccessTraits(const char16_t* className) {
+    return DialectTraits{
+        className, u"[", u"]", u"'", false, u" #", u"# ", false, u"#12/30/1899 ", u"#", u"-1", u"0", true,
+    };
+}
+
+DbMsAccessSQLBuilder::DbMsAccessSQLBuilder() : DbMsSqlSQLBuilder(AccessTraits(u"DbMsAccessSQLBuilder")) {}
+
+String DbMsAccessSQLBuilder::ColumnTypeSql(int32_t group, int32_t, int32_t precision, int32_t scale,
+                                           int32_t maxLength) {
+    switch (group) {
+    case dtVarChar: return maxLength != 0 ? u"VARCHAR(" + IntText(maxLength) + u")" : String(u"VARCHAR(255)");
+    case dtCharBLOB: return u"LONGTEXT";
+    case dtInteger:
+        // More than ten digits has no type on this engine: the definition
+        // goes without one.
+        if (precision <= 1 || precision > 10) return {};
+        if (precision <= 3) return u"TINYINT";
+        if (precision <= 5) return u"SMALLINT";
+        return u"INTEGER";
+    case dtUnsignedInteger:
+        // No unsigned types: widened one step instead.
+        if (precision <= 1 || precision > 10) return {};
+        if (precision <= 3) return u"TINYINT";
+        if (precision <= 5) return u"INTEGER";
+        return u"LONG INTEGER";
+    case dtDate:
+    case dtTime:
+    case dtDateTime: return u"DATETIME";
+    case dtBoolean: return u"BIT";
+    case dtDouble: return u"FLOAT";
+    case dtBinaryBLOB: return u"IMAGE";
+    case dtSingle: return u"REAL";
+    case dtDecimal: return u"DECIMAL(" + IntText(precision) + u"," + IntText(scale) + u")";
+    case dtCurrency: return u"MONEY";
+    default: return {};
+    }
+}
+
+String DbMsAccessSQLBuilder::AddColumnSql(const String& psTableName, const String& psColumns) {
+    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_AddColumnSql");
+    try {
+        ZOL_LN;
+        return u" ALTER TABLE " + psTableName + u" " + AddedColumns(psColumns);
+    }
+    ZOL_RERAISE
+}
+
+String DbMsAccessSQLBuilder::DropColumnSql(const String& psTableName, const String& psColumns) {
+    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_DropColumnSql");
+    try {
+        String text;
+        ZOL_LN;
+        for (const String& name : Split(psColumns, u",")) text += u", DROP COLUMN " + name;
+        if (!text.empty()) text.erase(0, 1);
+        return u"ALTER TABLE [" + psTableName + u"]" + text;
+    }
+    ZOL_RERAISE
+}
+
+} // namespace zolsdk

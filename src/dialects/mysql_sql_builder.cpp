@@ -1,0 +1,302 @@
+#include "dialects/mysql_sql_builder.hpp"
+
+#include <cstdio>
+
+#include "support/replace_text.hpp"
+#include "support/split.hpp"
+#include "support/string_builder.hpp"
+
+namespace zolsdk {
+
+namespace {
+
+const DialectTraits kMySqlTraits{
+    u"DbMySqlSQLBuilder", u"`", u"`", u"'", true, u" '", u"' ", true, u"'1899-12-30 ", u"'", u"1", u"0", false,
+};
+
+// Back-quotes every name of an index column list, leaving the direction
+// marks "<" and ">" behind each name for the caller to word.
+String QuoteIndexColumns(const String& columns) {
+    String s = ReplaceAll(columns, u"<", u"`<");
+    s = ReplaceAll(s, u">", u"`>");
+    s = ReplaceAll(s, u",", u",`");
+    return u"`" + s;
+}
+
+String WordDirections(const String& quoted) {
+    return ReplaceAll(ReplaceAll(quoted, u"<", u" ASC"), u">", u" DESC");
+}
+
+} // namespace
+
+DbMySqlSQLBuilder::DbMySqlSQLBuilder() : DbSqlDialect(kMySqlTraits) {}
+
+String DbMySqlSQLBuilder::ColumnTypeSql(int32_t group, int32_t, int32_t precision, int32_t scale,
+                                        int32_t maxLength) {
+    const String p = IntText(precision);
+    switch (group) {
+    case dtVarChar:
+        if (maxLength != 0)
+            return u"VARCHAR(" + IntText(maxLength) + u") CHARACTER SET utf8 COLLATE utf8_general_ci ";
+        return u"VARCHAR(255) CHARACTER SET utf8 COLLATE utf8_general_ci ";
+    case dtCharBLOB: return u"LONGTEXT CHARACTER SET utf8 COLLATE utf8_general_ci ";
+    case dtInteger:
+    case dtUnsignedInteger: {
+        // Precision is in decimal digits. One digit or less has no type, so
+        // the definition is left without one.
+        if (precision <= 1) return {};
+        const String close = group == dtInteger ? u")" : u") UNSIGNED ";
+        if (precision <= 3) return u"TINYINT(" + p + close;
+        if (precision <= 5) return u"SMALLINT(" + p + close;
+        if (precision <= 8) return u"MEDIUMINT(" + p + close;
+        if (precision <= 10) return u"INT(" + p + close;
+        return u"BIGINT(" + p + close;
+    }
+    case dtDate: return u"DATE";
+    case dtTime: return u"TIME";
+    case dtDateTime: return u"DATETIME";
+    case dtBoolean: return u"TINYINT(1)";
+    case dtDouble: return u"FLOAT(53)";
+    case dtBinaryBLOB: return u"LONGBLOB";
+    case dtSingle: return u"FLOAT(24)";
+    case dtDecimal:
+    case dtCurrency: return u"DECIMAL(" + p + u"," + IntText(scale) + u")";
+    default: return {};
+    }
+}
+
+String DbMySqlSQLBuilder::ColumnDefinition(const ColumnRow& c) {
+    return u"`" + c.name + u"`" + ColumnTypeSql(c.group, c.dataType, c.precision, c.scale, c.maxLength) +
+           NullMark(c.nullable);
+}
+
+String DbMySqlSQLBuilder::CreateTableSql(const String& psTableName, const String& psColumns,
+                                         const String& psIndexes) {
+    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_CreateTableSql");
+    try {
+        String columns;
+        ZOL_LN;
+        for (const String& row : Split(psColumns, u";", true)) {
+            ZOL_LN;
+            columns += u", " + ColumnDefinition(ReadColumnRow(row));
+        }
+        // The comma goes, the blank behind it stays.
+        if (!columns.empty()) columns.erase(0, 1);
+        String indexes;
+        ZOL_LN;
+        for (const String& row : Split(psIndexes, u";", true)) {
+            ZOL_LN;
+            const std::vector<String> parts = Split(row, u"|");
+            const std::vector<String> index = Split(Field(parts, 0), u",");
+            const String list = WordDirections(QuoteIndexColumns(Field(parts, 1)));
+            ZOL_LN;
+            if (FieldBool(index, 2))
+                indexes += u", PRIMARY KEY (" + list + u")";
+            else if (FieldBool(index, 3))
+                indexes += u", UNIQUE INDEX `" + Field(index, 1) + u"` (" + list + u")";
+            else
+                indexes += u", INDEX `" + Field(index, 1) + u"` (" + list + u")";
+        }
+        return u" CREATE TABLE `" + psTableName + u"` ( " + columns + indexes +
+               u" ) ENGINE = MyISAM CHARACTER SET 'utf8' COLLATE 'utf8_general_ci' ";
+    }
+    ZOL_RERAISE
+}
+
+String DbMySqlSQLBuilder::DropTableSql(const String& psTableName) { return u"DROP TABLE `" + psTableName + u"`"; }
+
+String DbMySqlSQLBuilder::CreateIndexSql(const String& psIndexName, const String& psTableName,
+                                         const String& psIdxColumns, int32_t plFlagBitMask) {
+    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_CreateIndexSql");
+    try {
+        ZOL_LN;
+        String list = QuoteIndexColumns(psIdxColumns);
+        String head;
+        if (plFlagBitMask & 1) {
+            // A primary key takes no direction words here.
+            head = u" ALTER TABLE " + psTableName + u" ADD CONSTRAINT PRIMARY KEY ";
+            list = ReplaceAll(ReplaceAll(list, u"<", u""), u">", u"");
+        } else {
+            head = u" CREATE ";
+            if (plFlagBitMask & 2) head += u" UNIQUE ";
+            head += u" INDEX `" + psIndexName + u"` ON " + psTableName;
+            list = WordDirections(list);
+        }
+        return head + u" (" + list + u")";
+    }
+    ZOL_RERAISE
+}
+
+String DbMySqlSQLBuilder::DropIndexSql(const String& psIndexName, const String& psTableName,
+                                       int32_t plFlagBitMask) {
+    if (plFlagBitMask & 1) return u" ALTER TABLE `" + psTableName + u"` DROP PRIMARY KEY ";
+    return u" DROP INDEX `" + psIndexName + u"` ON `" + psTableName + u"`";
+}
+
+String DbMySqlSQLBuilder::SelectSql(const String& psTableName, const String& psColumnSet, const String& psFilter) {
+    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_SelectSql");
+    try {
+        ZOL_LN;
+        String s;
+        if (!psColumnSet.empty()) {
+            // Callers may bracket their names for any engine.
+            const String set = ReplaceAll(ReplaceAll(psColumnSet, u"[", u"`"), u"]", u"`");
+            s = u"SELECT " + set + u" FROM `" + psTableName + u"`";
+        } else {
+            s = u"SELECT * FROM `" + psTableName + u"`";
+        }
+        if (!psFilter.empty()) s += u" WHERE " + psFilter;
+        return s;
+    }
+    ZOL_RERAISE
+}
+
+String DbMySqlSQLBuilder::SelectByAttributeSql(const String& psTableName, const String& psColumnSet,
+                                               const String& psAttributes, const String& psAttributeValue) {
+    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_SelectByAttributeSql");
+    try {
+        // "NULL" as the substitute: a large attribute compares with NULL.
+        ZOL_LN;
+        const String filter = AttributeFilter(psAttributes, psAttributeValue, u"NULL");
+        ZOL_LN;
+        return SelectSql(psTableName, psColumnSet, filter);
+    }
+    ZOL_RERAISE
+}
+
+String DbMySqlSQLBuilder::InsertSql(const String& psTableName, const String& psColumnSet, const String& psValue,
+                                    const String& psBlobValueSubstibute) {
+    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_InsertSql");
+    try {
+        if (psColumnSet.empty()) return {};
+        ZOL_LN;
+        const std::vector<TypedColumn> columns = ReadColumnSet(psColumnSet);
+        ZOL_LN;
+        const String values = ValueList(columns, psValue, psBlobValueSubstibute);
+        return u"INSERT INTO `" + psTableName + u"` (" + ColumnList(columns) + u") VALUES (" + values + u")";
+    }
+    ZOL_RERAISE
+}
+
+String DbMySqlSQLBuilder::BulkInsertSql(const String& psTableName, const String& psColumnSet,
+                                        const String& psValue, const String& psBlobValueSubstibute) {
+    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_BulkInsertSql");
+    try {
+        if (psColumnSet.empty()) return {};
+        ZOL_LN;
+        const std::vector<TypedColumn> columns = ReadColumnSet(psColumnSet);
+        // The one statement that grows with the data.
+        CStringBuilder sql;
+        sql.Append(u" INSERT INTO `").Append(psTableName).Append(u"` (").Append(ColumnList(columns));
+        sql.Append(u") VALUES ");
+        const String mark = RowMark();
+        const String escapedMark = mark.substr(0, 2) + u"%" + mark.substr(2);
+        bool first = true;
+        ZOL_LN;
+        for (const String& encodedRow : Split(psValue, mark)) {
+            ZOL_LN;
+            const String row = ReplaceAll(encodedRow, escapedMark, mark);
+            const String values = BulkRowValues(columns, row, psBlobValueSubstibute);
+            if (!first) sql.Append(u",");
+            sql.Append(u" (").Append(values).Append(u")");
+            first = false;
+        }
+        return sql.ToString();
+    }
+    ZOL_RERAISE
+}
+
+String DbMySqlSQLBuilder::UpdateSql(const String& psTableName, const String& psColumnSet, const String& psValue,
+                                    const String& psBlobValueSubstibute) {
+    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_UpdateSql");
+    try {
+        ZOL_LN;
+        return u" UPDATE `" + psTableName + u"` SET " + Assignments(psColumnSet, psValue, psBlobValueSubstibute);
+    }
+    ZOL_RERAISE
+}
+
+String DbMySqlSQLBuilder::UpdateByAttributeSql(const String& psTableName, const String& psColumnSet,
+                                               const String& psValue, const String& psBlobValueSubstibute,
+                                               const String& psAttributes, const String& psAttributeValue) {
+    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_UpdateByAttributeSql");
+    try {
+        ZOL_LN;
+        String filter = AttributeFilter(psAttributes, psAttributeValue, psBlobValueSubstibute);
+        if (!psAttributes.empty()) filter = u" WHERE " + filter;
+        ZOL_LN;
+        return UpdateSql(psTableName, psColumnSet, psValue, psBlobValueSubstibute) + filter;
+    }
+    ZOL_RERAISE
+}
+
+String DbMySqlSQLBuilder::DeleteSql(const String& psTableName) { return u"DELETE FROM `" + psTableName + u"`"; }
+
+String DbMySqlSQLBuilder::CreateDBSql(const String& psDatabaseName) {
+    return u"CREATE DATABASE IF NOT EXISTS `" + psDatabaseName +
+           u"` DEFAULT CHARACTER SET 'utf8' DEFAULT COLLATE 'utf8_general_ci' ";
+}
+
+String DbMySqlSQLBuilder::DropDBSql(const String& psDatabaseName) {
+    return u"DROP DATABASE IF EXISTS `" + psDatabaseName + u"`";
+}
+
+String DbMySqlSQLBuilder::AlterColumnSql(const String& psTableName, const String& psColumnDetail) {
+    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_AlterColumnSql");
+    try {
+        String change;
+        if (!psColumnDetail.empty()) {
+            ZOL_LN;
+            const ColumnRow c = ReadColumnRow(psColumnDetail);
+            // The one definition with a blank between name and type.
+            change = u"ALTER COLUMN `" + c.name + u"`" + u" " +
+                     ColumnTypeSql(c.group, c.dataType, c.precision, c.scale, c.maxLength) + NullMark(c.nullable);
+        }
+        return u" ALTER TABLE `" + psTableName + u"` " + change;
+    }
+    ZOL_RERAISE
+}
+
+String DbMySqlSQLBuilder::AddColumnSql(const String& psTableName, const String& psColumns) {
+    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_AddColumnSql");
+    try {
+        String text;
+        ZOL_LN;
+        for (const String& row : Split(psColumns, u";", true)) {
+            ZOL_LN;
+            text += u", ADD COLUMN " + ColumnDefinition(ReadColumnRow(row));
+        }
+        if (!text.empty()) text.erase(0, 1);
+        return u" ALTER TABLE " + psTableName + u" " + text;
+    }
+    ZOL_RERAISE
+}
+
+String DbMySqlSQLBuilder::DropColumnSql(const String& psTableName, const String& psColumns) {
+    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_DropColumnSql");
+    try {
+        String text;
+        ZOL_LN;
+        for (const String& name : Split(psColumns, u",")) text += u", DROP COLUMN " + name;
+        if (!text.empty()) text.erase(0, 1);
+        return u"ALTER TABLE `" + psTableName + u"`" + text;
+    }
+    ZOL_RERAISE
+}
+
+String DbMySqlSQLBuilder::CountSql(const String& psTableName) {
+    return u"SELECT COUNT(*) FROM `" + psTableName + u"`";
+}
+
+String DbMySqlSQLBuilder::HexCodeStr(const String& text) {
+    const std::string bytes = ToUtf8(text);
+    std::string hex = "_utf8 0x";
+    char buf[4];
+    for (unsigned char b : bytes) {
+        std::snprintf(buf, sizeof buf, "%02X", b);
+        hex += buf;
+    }
+    return Ascii(hex);
+}
+
+} // namespace zolsdk
