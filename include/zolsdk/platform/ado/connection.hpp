@@ -1,0 +1,232 @@
+#pragma once
+// Connections to a store, statements, bound parameters and the provider's
+// error list. A connection text that starts with "Driver=" (or "Driver={")
+// is handed to the ODBC driver manager; the driver named in it must be
+// registered in the ODBC installation.
+//
+// Results come back as client-side rowsets (ado::Recordset) that live on
+// after the connection closes. The one exception is an asynchronous open
+// (OpenRecordset with adAsyncExecute/adAsyncFetch): its rowset is fed by a
+// background fetch on the connection until the last row has been moved in.
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "zolsdk/platform/ado/recordset.hpp"
+#include "zolsdk/platform/ado/types.hpp"
+#include "zolsdk/platform/object.hpp"
+#include "zolsdk/platform/variant.hpp"
+
+namespace zolsdk::ado {
+
+// Options of Execute and Open.
+constexpr int32_t adOptionUnspecified = -1;
+constexpr int32_t adCmdText = 1;
+constexpr int32_t adAsyncExecute = 16;
+constexpr int32_t adAsyncFetch = 32;
+constexpr int32_t adExecuteNoRecords = 128;
+constexpr int32_t adModeReadWrite = 3;
+constexpr int32_t adUseServer = 2;
+
+// Schema numbers of OpenSchema.
+constexpr int32_t adSchemaColumns = 4;
+constexpr int32_t adSchemaIndexes = 12;
+constexpr int32_t adSchemaTables = 20;
+constexpr int32_t adSchemaForeignKeys = 27;
+constexpr int32_t adSchemaPrimaryKeys = 28;
+
+// Parameter directions.
+constexpr int32_t adParamInput = 1;
+
+// The number every provider failure carries (the platform's generic
+// failure), and the source text of failures raised by the provider.
+constexpr int32_t kProviderFailure = static_cast<int32_t>(0x80004005u);
+inline constexpr char16_t kProviderSource[] = u"ODBC Provider";
+// Failures of the connection object itself.
+inline constexpr char16_t kConnectionSource[] = u"ADODB.Connection";
+constexpr int32_t adErrFeatureNotAvailable = 3251;
+constexpr int32_t adErrInvalidConnection = 3709;
+constexpr int32_t adErrOperationCancelled = 3712;
+
+class Error : public Object {
+public:
+    Error() = default;
+    Error(int32_t number, int32_t nativeError, String source, String sqlState, String description)
+        : number_(number), native_(nativeError), source_(std::move(source)), sqlState_(std::move(sqlState)),
+          description_(std::move(description)) {}
+    int32_t Number() const { return number_; }
+    int32_t NativeError() const { return native_; }
+    const String& Source() const { return source_; }
+    const String& SQLState() const { return sqlState_; }
+    const String& Description() const { return description_; }
+
+private:
+    int32_t number_ = 0, native_ = 0;
+    String source_, sqlState_, description_;
+};
+
+// The provider's errors of the last failure on a connection.
+class Errors : public Object {
+public:
+    int32_t Count() const { return static_cast<int32_t>(items_.size()); }
+    // 0-based, as the platform's error list; 3265 out of range.
+    Ref<ado::Error> Item(int32_t index) const;
+    void Clear() { items_.clear(); }
+    void Append(Ref<ado::Error> e) { items_.push_back(std::move(e)); }
+    auto begin() const { return items_.begin(); }
+    auto end() const { return items_.end(); }
+
+private:
+    std::vector<Ref<ado::Error>> items_;
+};
+
+class Parameter : public Object {
+public:
+    Parameter() = default;
+    Parameter(String name, int32_t type, int32_t direction, int32_t size, Variant value)
+        : name_(std::move(name)), type_(type), direction_(direction), size_(size), value_(std::move(value)) {}
+
+    const String& Name() const { return name_; }
+    void Name(String n) { name_ = std::move(n); }
+    int32_t Type() const { return type_; }
+    void Type(int32_t t) { type_ = t; }
+    int32_t Direction() const { return direction_; }
+    void Direction(int32_t d) { direction_ = d; }
+    int32_t Size() const { return size_; }
+    void Size(int32_t s) { size_ = s; }
+    const Variant& Value() const { return value_; }
+    void Value(Variant v) { value_ = std::move(v); }
+
+private:
+    String name_;
+    int32_t type_ = adType::VarWChar, direction_ = adParamInput, size_ = 0;
+    Variant value_ = Variant::Null();
+};
+
+class Parameters {
+public:
+    int32_t Count() const { return static_cast<int32_t>(items_.size()); }
+    // 0-based; 3265 out of range.
+    Ref<Parameter> Item(int32_t index) const;
+    void Append(Ref<Parameter> p) { items_.push_back(std::move(p)); }
+    void Clear() { items_.clear(); }
+    const std::vector<Ref<Parameter>>& All() const { return items_; }
+
+private:
+    std::vector<Ref<Parameter>> items_;
+};
+
+namespace detail {
+class Backend;
+class AsyncFetch;
+}
+
+class Connection : public Object {
+public:
+    Connection();
+    ~Connection() override;
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    const String& ConnectionString() const { return connectionString_; }
+    void ConnectionString(String s) { connectionString_ = std::move(s); }
+    int32_t CursorLocation() const { return cursorLocation_; }
+    void CursorLocation(int32_t v) { cursorLocation_ = v; }
+    int32_t Mode() const { return mode_; }
+    void Mode(int32_t v) { mode_ = v; }
+    // Seconds a statement may run; 0 waits for ever.
+    int32_t CommandTimeout() const { return commandTimeout_; }
+    void CommandTimeout(int32_t v) { commandTimeout_ = v; }
+    int32_t ConnectionTimeout() const { return connectionTimeout_; }
+    void ConnectionTimeout(int32_t v) { connectionTimeout_ = v; }
+
+    // Opens by the connection text (the argument when not empty). A refusal
+    // fills Errors and raises the provider's failure.
+    void Open(const String& connectionString = {}, const String& userId = {}, const String& password = {},
+              int32_t options = adOptionUnspecified);
+    // Closes; an asynchronous fetch still running is cancelled first (its
+    // rowset keeps the rows moved in so far).
+    void Close();
+    // 0 closed, 1 open.
+    int32_t State() const;
+
+    // Runs a statement. With adExecuteNoRecords the result is nothing and
+    // recordsAffected the count; otherwise a disconnected client-side rowset
+    // (a closed one for a statement that gives no rows).
+    Ref<Recordset> Execute(const String& commandText, int32_t& recordsAffected,
+                           int32_t options = adOptionUnspecified);
+    Ref<Recordset> Execute(const String& commandText) {
+        int32_t n = 0;
+        return Execute(commandText, n);
+    }
+
+    // Opens a rowset of the statement. With adAsyncExecute or adAsyncFetch
+    // the rows are fetched by a background thread: the rowset's State shows
+    // adStateFetching (with adStateOpen) until the last row has been moved
+    // in, rows move in on the caller's thread as they are read, and reading
+    // a row that has not arrived yet waits for it.
+    Ref<Recordset> OpenRecordset(const String& source, int32_t options = adOptionUnspecified);
+
+    // A schema rowset (adSchemaTables, adSchemaColumns, adSchemaIndexes,
+    // adSchemaForeignKeys, adSchemaPrimaryKeys) with the usual field names;
+    // criteria are the restriction values in the schema's order, an empty
+    // or Empty value restricting nothing.
+    Ref<Recordset> OpenSchema(int32_t schema, const std::vector<Variant>& criteria = {});
+
+    const Ref<ado::Errors>& Errors() const { return errors_; }
+
+    // Stops every asynchronous fetch on this connection.
+    void CancelFetches();
+
+    // For Command: runs with bound parameters.
+    Ref<Recordset> ExecuteWith(const String& commandText, const std::vector<Ref<Parameter>>& params,
+                               int32_t& recordsAffected, int32_t options);
+
+private:
+    String connectionString_;
+    int32_t cursorLocation_ = adUseServer;
+    int32_t mode_ = 0;
+    int32_t commandTimeout_ = 30;
+    int32_t connectionTimeout_ = 15;
+    Ref<ado::Errors> errors_;
+    std::shared_ptr<detail::Backend> backend_;
+    std::vector<std::weak_ptr<detail::AsyncFetch>> fetches_;
+
+    detail::Backend& RequireOpen();
+    [[noreturn]] void Fail(int32_t number, StringView description);
+    void ForgetFinishedFetches();
+};
+
+class Command : public Object {
+public:
+    const Ref<Connection>& ActiveConnection() const { return connection_; }
+    void ActiveConnection(Ref<Connection> c);
+    int32_t CommandType() const { return commandType_; }
+    void CommandType(int32_t t) { commandType_ = t; }
+    const String& CommandText() const { return text_; }
+    void CommandText(String t);
+    int32_t CommandTimeout() const { return timeout_; }
+    void CommandTimeout(int32_t t) { timeout_ = t; }
+
+    // Derived from the statement's "?" marks (outside quotes and comments)
+    // the first time they are asked for; each starts as a wide text
+    // parameter holding Null.
+    ado::Parameters& Parameters();
+
+    Ref<Recordset> Execute(int32_t& recordsAffected, int32_t options = adOptionUnspecified);
+
+private:
+    Ref<Connection> connection_;
+    int32_t commandType_ = adCmdText;
+    int32_t timeout_ = 30;
+    String text_;
+    ado::Parameters params_;
+    bool derived_ = false;
+};
+
+// The number of "?" parameter marks in a statement, not counting those in
+// quoted texts, quoted names or comments.
+int32_t CountParameterMarks(StringView sql);
+
+} // namespace zolsdk::ado

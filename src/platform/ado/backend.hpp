@@ -1,0 +1,82 @@
+#pragma once
+// What a Connection needs from the access layer under it: open by a
+// connection text, run a statement (with bound parameters) as a
+// forward-only cursor, and answer schema questions. The ODBC layer is one
+// such backend; a connection text chooses its backend.
+#include <cstdint>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "zolsdk/platform/ado/connection.hpp"
+
+namespace zolsdk::ado::detail {
+
+struct ColumnInfo {
+    String name;
+    int32_t type = adType::VarWChar; // ADO type number
+    int32_t size = 0;                // defined size (characters or bytes)
+    uint8_t precision = 0;
+    uint8_t scale = 0;
+};
+
+struct ProviderError {
+    int32_t native = 0;
+    String sqlState;
+    String message;
+};
+
+// A refusal of the store or the driver: the list of its messages, first
+// one first.
+class ProviderFailure : public std::exception {
+public:
+    explicit ProviderFailure(std::vector<ProviderError> errors) : errors_(std::move(errors)) {}
+    const std::vector<ProviderError>& Errors() const { return errors_; }
+    String Description() const { return errors_.empty() ? String(u"Unspecified error") : errors_.front().message; }
+    const char* what() const noexcept override { return "provider failure"; }
+
+private:
+    std::vector<ProviderError> errors_;
+};
+
+// The rows of one statement, read forward once.
+class Cursor {
+public:
+    virtual ~Cursor() = default;
+    virtual const std::vector<ColumnInfo>& Columns() const = 0;
+    // Reads the next row into `row` (one Variant a column); false at the end.
+    virtual bool Fetch(std::vector<Variant>& row) = 0;
+    // Asks a running statement to stop; may be called from another thread.
+    virtual void Cancel() = 0;
+};
+
+class Backend {
+public:
+    virtual ~Backend() = default;
+    virtual void Open(const String& connectionText, int32_t loginTimeout) = 0;
+    virtual void Close() = 0;
+    virtual bool IsOpen() const = 0;
+    // Runs a statement. A statement without a result set gives nothing and
+    // the number of rows it touched in `affected` (-1 when unknown).
+    virtual std::unique_ptr<Cursor> Execute(const String& sql, const std::vector<Ref<Parameter>>& params,
+                                            int64_t& affected, int32_t timeout) = 0;
+    virtual Ref<Recordset> OpenSchema(int32_t schema, const std::vector<Variant>& criteria) = 0;
+};
+
+// The backend for a connection text; raises 3706 (provider not found) when
+// no backend serves it.
+std::shared_ptr<Backend> MakeBackend(const String& connectionText);
+// The unixODBC backend ("Driver=...", "DSN=...").
+std::shared_ptr<Backend> MakeOdbcBackend();
+
+// Fills a new disconnected rowset from a cursor, all rows at once.
+Ref<Recordset> DrainToRowset(Cursor& cursor);
+// A new rowset (closed) with the cursor's fields defined.
+Ref<Recordset> RowsetFor(const std::vector<ColumnInfo>& columns);
+
+// Schema rowsets of a MySQL-family server, built from INFORMATION_SCHEMA
+// through `backend` itself.
+Ref<Recordset> MySqlOpenSchema(Backend& backend, int32_t schema, const std::vector<Variant>& criteria);
+
+} // namespace zolsdk::ado::detail

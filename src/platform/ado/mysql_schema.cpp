@@ -1,0 +1,391 @@
+// Schema rowsets of MySQL-family servers, built from INFORMATION_SCHEMA.
+// The field names and type numbers are those the readers expect of any
+// provider: base types only in DATA_TYPE (text 130, binary 128), lengths in
+// characters, booleans for flags, update and delete rules as words.
+#include <algorithm>
+
+#include "platform/ado/backend.hpp"
+
+namespace zolsdk::ado::detail {
+
+namespace {
+
+using Row = std::vector<Variant>;
+
+std::vector<Row> Query(Backend& b, const String& sql) {
+    int64_t affected = 0;
+    std::vector<Row> rows;
+    std::unique_ptr<Cursor> c = b.Execute(sql, {}, affected, 0);
+    if (!c) return rows;
+    Row r;
+    while (c->Fetch(r)) rows.push_back(std::move(r));
+    return rows;
+}
+
+// A text literal for the server: quotes doubled, back-slashes escaped.
+String Lit(const String& s) {
+    String out = u"'";
+    for (char16_t ch : s) {
+        if (ch == u'\'') out += u"''";
+        else if (ch == u'\\') out += u"\\\\";
+        else out += ch;
+    }
+    out += u"'";
+    return out;
+}
+
+String Criterion(const std::vector<Variant>& c, size_t i) {
+    if (i >= c.size() || c[i].IsEmpty() || c[i].IsNull()) return {};
+    return c[i].ToString();
+}
+
+String Text(const Variant& v) { return v.IsNull() || v.IsEmpty() ? String() : v.ToString(); }
+Variant TextOrNull(const Variant& v) { return v.IsNull() || v.IsEmpty() ? Variant::Null() : Variant(v.ToString()); }
+Variant LongOrNull(const Variant& v) {
+    if (v.IsNull() || v.IsEmpty()) return Variant::Null();
+    double d = v.ToDouble();
+    if (d > 2147483647.0) return Variant(int32_t{2147483647});
+    return Variant(static_cast<int32_t>(d));
+}
+
+struct Context {
+    String catalog;   // the database the rows belong to
+    bool oldLengths;  // server version text begins with a digit below 5
+};
+
+Context Current(Backend& b, const String& wantedCatalog) {
+    std::vector<Row> r = Query(b, u"SELECT DATABASE(), VERSION()");
+    Context cx;
+    cx.catalog = wantedCatalog;
+    String version;
+    if (!r.empty()) {
+        if (cx.catalog.empty()) cx.catalog = Text(r[0][0]);
+        version = Text(r[0][1]);
+    }
+    cx.oldLengths = !version.empty() && version[0] >= u'0' && version[0] < u'5';
+    return cx;
+}
+
+Ref<Recordset> NewSchemaRowset(std::initializer_list<std::pair<const char16_t*, int32_t>> fields) {
+    auto rs = Ref<Recordset>::New();
+    rs->CursorLocation(adUseClient);
+    for (auto& [name, type] : fields) {
+        int32_t size = 0;
+        if (type == adType::VarWChar) size = 128;
+        else if (type == adType::LongVarWChar) size = 2147483647;
+        rs->Fields().Append(name, type, size, -1);
+    }
+    rs->Open();
+    return rs;
+}
+
+// ---- columns ----------------------------------------------------------------
+
+struct TypeFigures {
+    int32_t dataType = adType::WChar;
+    Variant precision = Variant::Null();
+    Variant scale = Variant::Null();
+    Variant maxLength = Variant::Null();
+};
+
+int32_t DisplayWidth(const String& columnType) {
+    size_t open = columnType.find(u'(');
+    if (open == String::npos) return -1;
+    size_t close = columnType.find(u')', open);
+    if (close == String::npos) return -1;
+    String digits = columnType.substr(open + 1, close - open - 1);
+    if (digits.empty() || !std::all_of(digits.begin(), digits.end(), [](char16_t c) { return c >= u'0' && c <= u'9'; }))
+        return -1;
+    return static_cast<int32_t>(std::stol(ToUtf8(digits)));
+}
+
+TypeFigures Figures(const String& dataTypeName, const String& columnType, const Variant& charMax,
+                    const Variant& numPrecision, const Variant& numScale, bool oldLengths) {
+    String t = LCase(dataTypeName);
+    bool isUnsigned = LCase(columnType).find(u"unsigned") != String::npos;
+    TypeFigures f;
+    auto num = [&](int32_t signedType, int32_t unsignedType, int32_t precision, int32_t unsignedPrecision) {
+        f.dataType = isUnsigned ? unsignedType : signedType;
+        f.precision = Variant(isUnsigned ? unsignedPrecision : precision);
+    };
+    if (t == u"tinyint") {
+        int32_t w = DisplayWidth(columnType);
+        f.dataType = isUnsigned ? adType::UnsignedTinyInt : adType::TinyInt;
+        f.precision = Variant(w > 0 ? w : (isUnsigned ? 3 : 4));
+    } else if (t == u"smallint") {
+        num(adType::SmallInt, adType::UnsignedSmallInt, 5, 5);
+    } else if (t == u"mediumint") {
+        num(adType::Integer, adType::UnsignedInt, 7, 8);
+    } else if (t == u"int" || t == u"integer") {
+        num(adType::Integer, adType::UnsignedInt, 10, 10);
+    } else if (t == u"bigint") {
+        num(adType::BigInt, adType::UnsignedBigInt, 19, 20);
+    } else if (t == u"float") {
+        f.dataType = adType::Single;
+        f.precision = Variant(int32_t{7});
+    } else if (t == u"double" || t == u"real" || t == u"double precision") {
+        f.dataType = adType::Double;
+        f.precision = Variant(int32_t{15});
+    } else if (t == u"decimal" || t == u"numeric") {
+        f.dataType = adType::Numeric;
+        f.precision = LongOrNull(numPrecision);
+        f.scale = LongOrNull(numScale);
+    } else if (t == u"date") {
+        f.dataType = adType::DBDate;
+    } else if (t == u"time") {
+        f.dataType = adType::DBTime;
+    } else if (t == u"datetime" || t == u"timestamp") {
+        f.dataType = adType::DBTimeStamp;
+    } else if (t == u"year") {
+        f.dataType = adType::SmallInt;
+        f.precision = Variant(int32_t{4});
+    } else if (t == u"bit") {
+        int32_t bits = numPrecision.IsNull() ? 1 : numPrecision.ToLong();
+        if (bits <= 1) {
+            f.dataType = adType::Boolean;
+        } else {
+            f.dataType = adType::Binary;
+            f.maxLength = Variant((bits + 7) / 8);
+        }
+    } else if (t == u"char" || t == u"varchar" || t == u"enum" || t == u"set") {
+        f.dataType = adType::WChar;
+        Variant n = LongOrNull(charMax);
+        // Old servers counted these lengths in bytes of UTF-8 and readers
+        // divide by 3 on exactly that test, so the figure is given the same way.
+        if (!n.IsNull() && oldLengths) n = Variant(static_cast<int32_t>(std::min<int64_t>(int64_t{n.ToLong()} * 3, 2147483647)));
+        f.maxLength = n;
+    } else if (t == u"tinytext") {
+        f.maxLength = Variant(int32_t{255});
+    } else if (t == u"text") {
+        f.maxLength = Variant(int32_t{65535});
+    } else if (t == u"mediumtext") {
+        f.maxLength = Variant(int32_t{16777215});
+    } else if (t == u"longtext" || t == u"json") {
+        f.maxLength = Variant(int32_t{2147483647});
+    } else if (t == u"binary" || t == u"varbinary") {
+        f.dataType = adType::Binary;
+        f.maxLength = LongOrNull(charMax);
+    } else if (t == u"tinyblob") {
+        f.dataType = adType::Binary;
+        f.maxLength = Variant(int32_t{255});
+    } else if (t == u"blob") {
+        f.dataType = adType::Binary;
+        f.maxLength = Variant(int32_t{65535});
+    } else if (t == u"mediumblob") {
+        f.dataType = adType::Binary;
+        f.maxLength = Variant(int32_t{16777215});
+    } else if (t == u"longblob" || t == u"geometry" || t == u"point" || t == u"linestring" || t == u"polygon" ||
+               t == u"multipoint" || t == u"multilinestring" || t == u"multipolygon" || t == u"geometrycollection") {
+        f.dataType = adType::Binary;
+        f.maxLength = Variant(int32_t{2147483647});
+    } else {
+        // Types this table does not know (inet6, uuid, ...) travel as text.
+        f.dataType = adType::WChar;
+        f.maxLength = charMax.IsNull() ? Variant(int32_t{0}) : LongOrNull(charMax);
+    }
+    return f;
+}
+
+// The default as the catalog shows it, made plain: no default is NULL (the
+// server's word NULL for a nullable column included), text loses its quotes.
+Variant PlainDefault(const Variant& raw) {
+    if (raw.IsNull() || raw.IsEmpty()) return Variant::Null();
+    String s = raw.ToString();
+    if (s == u"NULL") return Variant::Null();
+    if (s.size() >= 2 && s.front() == u'\'' && s.back() == u'\'') {
+        String inner = s.substr(1, s.size() - 2);
+        String out;
+        for (size_t i = 0; i < inner.size(); ++i) {
+            if (inner[i] == u'\'' && i + 1 < inner.size() && inner[i + 1] == u'\'') ++i;
+            else if (inner[i] == u'\\' && i + 1 < inner.size()) ++i;
+            out += inner[i];
+        }
+        return Variant(out);
+    }
+    return Variant(s);
+}
+
+Ref<Recordset> Columns(Backend& b, const std::vector<Variant>& criteria) {
+    Context cx = Current(b, Criterion(criteria, 0));
+    String sql =
+        u"SELECT TABLE_SCHEMA, TABLE_NAME, COLUMN_NAME, ORDINAL_POSITION, COLUMN_DEFAULT, IS_NULLABLE, DATA_TYPE, "
+        u"COLUMN_TYPE, CHARACTER_MAXIMUM_LENGTH, CHARACTER_OCTET_LENGTH, NUMERIC_PRECISION, NUMERIC_SCALE, "
+        u"DATETIME_PRECISION, CHARACTER_SET_NAME, COLLATION_NAME, COLUMN_COMMENT FROM INFORMATION_SCHEMA.COLUMNS "
+        u"WHERE TABLE_SCHEMA = " + Lit(cx.catalog);
+    if (String t = Criterion(criteria, 2); !t.empty()) sql += u" AND TABLE_NAME = " + Lit(t);
+    if (String c = Criterion(criteria, 3); !c.empty()) sql += u" AND COLUMN_NAME = " + Lit(c);
+    sql += u" ORDER BY TABLE_NAME, ORDINAL_POSITION";
+    auto rs = NewSchemaRowset({{u"TABLE_CATALOG", adType::VarWChar}, {u"TABLE_SCHEMA", adType::VarWChar},
+                               {u"TABLE_NAME", adType::VarWChar}, {u"COLUMN_NAME", adType::VarWChar},
+                               {u"COLUMN_GUID", adType::GUID}, {u"COLUMN_PROPID", adType::UnsignedInt},
+                               {u"ORDINAL_POSITION", adType::UnsignedInt}, {u"COLUMN_HASDEFAULT", adType::Boolean},
+                               {u"COLUMN_DEFAULT", adType::LongVarWChar}, {u"COLUMN_FLAGS", adType::UnsignedInt},
+                               {u"IS_NULLABLE", adType::Boolean}, {u"DATA_TYPE", adType::UnsignedSmallInt},
+                               {u"TYPE_GUID", adType::GUID}, {u"CHARACTER_MAXIMUM_LENGTH", adType::UnsignedInt},
+                               {u"CHARACTER_OCTET_LENGTH", adType::UnsignedInt},
+                               {u"NUMERIC_PRECISION", adType::UnsignedSmallInt}, {u"NUMERIC_SCALE", adType::SmallInt},
+                               {u"DATETIME_PRECISION", adType::UnsignedInt},
+                               {u"CHARACTER_SET_CATALOG", adType::VarWChar}, {u"CHARACTER_SET_SCHEMA", adType::VarWChar},
+                               {u"CHARACTER_SET_NAME", adType::VarWChar}, {u"COLLATION_CATALOG", adType::VarWChar},
+                               {u"COLLATION_SCHEMA", adType::VarWChar}, {u"COLLATION_NAME", adType::VarWChar},
+                               {u"DOMAIN_CATALOG", adType::VarWChar}, {u"DOMAIN_SCHEMA", adType::VarWChar},
+                               {u"DOMAIN_NAME", adType::VarWChar}, {u"DESCRIPTION", adType::VarWChar}});
+    for (const Row& r : Query(b, sql)) {
+        TypeFigures f = Figures(Text(r[6]), Text(r[7]), r[8], r[10], r[11], cx.oldLengths);
+        Variant def = PlainDefault(r[4]);
+        bool nullable = EqualsNoCase(Text(r[5]), u"YES");
+        Variant octets = LongOrNull(r[9]);
+        bool textType = f.dataType == adType::WChar;
+        bool datetime = f.dataType == adType::DBTimeStamp || f.dataType == adType::DBTime;
+        rs->AppendRow({Variant(Text(r[0])), Variant::Null(), Variant(Text(r[1])), Variant(Text(r[2])), Variant::Null(),
+                       Variant::Null(), LongOrNull(r[3]), Variant(!def.IsNull()), def,
+                       Variant(int32_t{nullable ? 0x20 | 0x40 : 0}), Variant(nullable), Variant(f.dataType),
+                       Variant::Null(), f.maxLength, f.maxLength.IsNull() ? Variant::Null() : octets, f.precision, f.scale,
+                       datetime ? LongOrNull(r[12]) : Variant::Null(), Variant::Null(), Variant::Null(),
+                       textType ? TextOrNull(r[13]) : Variant::Null(), Variant::Null(), Variant::Null(),
+                       textType ? TextOrNull(r[14]) : Variant::Null(), Variant::Null(), Variant::Null(), Variant::Null(),
+                       TextOrNull(r[15])});
+    }
+    if (rs->RecordCount() > 0) rs->MoveFirst();
+    return rs;
+}
+
+// ---- tables ---------------------------------------------------------------------
+
+Ref<Recordset> Tables(Backend& b, const std::vector<Variant>& criteria) {
+    Context cx = Current(b, Criterion(criteria, 0));
+    String sql = u"SELECT TABLE_SCHEMA, TABLE_NAME, TABLE_TYPE, TABLE_COMMENT, CREATE_TIME, UPDATE_TIME "
+                 u"FROM INFORMATION_SCHEMA.TABLES WHERE TABLE_SCHEMA = " + Lit(cx.catalog);
+    if (String t = Criterion(criteria, 2); !t.empty()) sql += u" AND TABLE_NAME = " + Lit(t);
+    sql += u" ORDER BY TABLE_TYPE, TABLE_NAME";
+    String wantedType = Criterion(criteria, 3);
+    auto rs = NewSchemaRowset({{u"TABLE_CATALOG", adType::VarWChar}, {u"TABLE_SCHEMA", adType::VarWChar},
+                               {u"TABLE_NAME", adType::VarWChar}, {u"TABLE_TYPE", adType::VarWChar},
+                               {u"TABLE_GUID", adType::GUID}, {u"DESCRIPTION", adType::VarWChar},
+                               {u"TABLE_PROPID", adType::UnsignedInt}, {u"DATE_CREATED", adType::Date},
+                               {u"DATE_MODIFIED", adType::Date}});
+    for (const Row& r : Query(b, sql)) {
+        String native = UCase(Text(r[2]));
+        String type = native == u"VIEW" ? u"VIEW" : native == u"SYSTEM VIEW" ? u"SYSTEM TABLE" : u"TABLE";
+        if (!wantedType.empty() && !EqualsNoCase(wantedType, type)) continue;
+        rs->AppendRow({Variant(Text(r[0])), Variant::Null(), Variant(Text(r[1])), Variant(type), Variant::Null(),
+                       TextOrNull(r[3]), Variant::Null(), r[4], r[5]});
+    }
+    if (rs->RecordCount() > 0) rs->MoveFirst();
+    return rs;
+}
+
+// ---- indexes and primary keys ------------------------------------------------------
+
+Ref<Recordset> Indexes(Backend& b, const std::vector<Variant>& criteria) {
+    Context cx = Current(b, Criterion(criteria, 0));
+    String sql = u"SELECT TABLE_SCHEMA, TABLE_NAME, NON_UNIQUE, INDEX_NAME, SEQ_IN_INDEX, COLUMN_NAME, COLLATION, "
+                 u"CARDINALITY, NULLABLE, INDEX_TYPE FROM INFORMATION_SCHEMA.STATISTICS WHERE TABLE_SCHEMA = " +
+                 Lit(cx.catalog);
+    if (String i = Criterion(criteria, 2); !i.empty()) sql += u" AND INDEX_NAME = " + Lit(i);
+    if (String t = Criterion(criteria, 4); !t.empty()) sql += u" AND TABLE_NAME = " + Lit(t);
+    sql += u" ORDER BY TABLE_NAME, INDEX_NAME <> 'PRIMARY', INDEX_NAME, SEQ_IN_INDEX";
+    auto rs = NewSchemaRowset({{u"TABLE_CATALOG", adType::VarWChar}, {u"TABLE_SCHEMA", adType::VarWChar},
+                               {u"TABLE_NAME", adType::VarWChar}, {u"INDEX_CATALOG", adType::VarWChar},
+                               {u"INDEX_SCHEMA", adType::VarWChar}, {u"INDEX_NAME", adType::VarWChar},
+                               {u"PRIMARY_KEY", adType::Boolean}, {u"UNIQUE", adType::Boolean},
+                               {u"CLUSTERED", adType::Boolean}, {u"TYPE", adType::UnsignedSmallInt},
+                               {u"FILL_FACTOR", adType::Integer}, {u"INITIAL_SIZE", adType::Integer},
+                               {u"NULLS", adType::Integer}, {u"SORT_BOOKMARKS", adType::Boolean},
+                               {u"AUTO_UPDATE", adType::Boolean}, {u"NULL_COLLATION", adType::Integer},
+                               {u"ORDINAL_POSITION", adType::UnsignedInt}, {u"COLUMN_NAME", adType::VarWChar},
+                               {u"COLUMN_GUID", adType::GUID}, {u"COLUMN_PROPID", adType::UnsignedInt},
+                               {u"COLLATION", adType::SmallInt}, {u"CARDINALITY", adType::UnsignedBigInt},
+                               {u"PAGES", adType::Integer}, {u"FILTER_CONDITION", adType::VarWChar},
+                               {u"INTEGRATED", adType::Boolean}});
+    for (const Row& r : Query(b, sql)) {
+        String name = Text(r[3]);
+        bool primary = name == u"PRIMARY";
+        String kind = UCase(Text(r[9]));
+        int32_t type = kind == u"BTREE" ? 1 : kind == u"HASH" ? 2 : 4;
+        String coll = Text(r[6]);
+        Variant collation = coll.empty() ? Variant::Null() : Variant(int32_t{EqualsNoCase(coll, u"D") ? 2 : 1});
+        rs->AppendRow({Variant(Text(r[0])), Variant::Null(), Variant(Text(r[1])), Variant(Text(r[0])), Variant::Null(),
+                       Variant(name), Variant(primary), Variant(r[2].IsNull() ? false : r[2].ToLong() == 0),
+                       Variant(primary), Variant(type), Variant::Null(), Variant::Null(),
+                       Variant(int32_t{EqualsNoCase(Text(r[8]), u"YES") ? 1 : 4}), Variant(false), Variant(true),
+                       Variant(int32_t{4}), LongOrNull(r[4]), Variant(Text(r[5])), Variant::Null(), Variant::Null(),
+                       collation, r[7].IsNull() ? Variant::Null() : r[7], Variant::Null(), Variant::Null(),
+                       Variant(false)});
+    }
+    if (rs->RecordCount() > 0) rs->MoveFirst();
+    return rs;
+}
+
+Ref<Recordset> PrimaryKeys(Backend& b, const std::vector<Variant>& criteria) {
+    Context cx = Current(b, Criterion(criteria, 0));
+    String sql = u"SELECT TABLE_SCHEMA, TABLE_NAME, COLUMN_NAME, SEQ_IN_INDEX FROM INFORMATION_SCHEMA.STATISTICS "
+                 u"WHERE INDEX_NAME = 'PRIMARY' AND TABLE_SCHEMA = " + Lit(cx.catalog);
+    if (String t = Criterion(criteria, 2); !t.empty()) sql += u" AND TABLE_NAME = " + Lit(t);
+    sql += u" ORDER BY TABLE_NAME, SEQ_IN_INDEX";
+    auto rs = NewSchemaRowset({{u"TABLE_CATALOG", adType::VarWChar}, {u"TABLE_SCHEMA", adType::VarWChar},
+                               {u"TABLE_NAME", adType::VarWChar}, {u"COLUMN_NAME", adType::VarWChar},
+                               {u"COLUMN_GUID", adType::GUID}, {u"COLUMN_PROPID", adType::UnsignedInt},
+                               {u"ORDINAL", adType::UnsignedInt}, {u"PK_NAME", adType::VarWChar}});
+    for (const Row& r : Query(b, sql))
+        rs->AppendRow({Variant(Text(r[0])), Variant::Null(), Variant(Text(r[1])), Variant(Text(r[2])), Variant::Null(),
+                       Variant::Null(), LongOrNull(r[3]), Variant(u"PRIMARY")});
+    if (rs->RecordCount() > 0) rs->MoveFirst();
+    return rs;
+}
+
+// ---- foreign keys ----------------------------------------------------------------
+
+String Rule(const Variant& v) {
+    String r = UCase(Text(v));
+    if (r == u"CASCADE" || r == u"SET NULL" || r == u"SET DEFAULT") return r;
+    return u"NO ACTION"; // RESTRICT behaves the same: the change is refused
+}
+
+Ref<Recordset> ForeignKeys(Backend& b, const std::vector<Variant>& criteria) {
+    Context cx = Current(b, Criterion(criteria, 3));
+    String sql =
+        u"SELECT k.REFERENCED_TABLE_SCHEMA, k.REFERENCED_TABLE_NAME, k.REFERENCED_COLUMN_NAME, k.TABLE_SCHEMA, "
+        u"k.TABLE_NAME, k.COLUMN_NAME, k.ORDINAL_POSITION, r.UPDATE_RULE, r.DELETE_RULE, r.UNIQUE_CONSTRAINT_NAME, "
+        u"k.CONSTRAINT_NAME FROM INFORMATION_SCHEMA.KEY_COLUMN_USAGE k JOIN "
+        u"INFORMATION_SCHEMA.REFERENTIAL_CONSTRAINTS r ON r.CONSTRAINT_SCHEMA = k.CONSTRAINT_SCHEMA AND "
+        u"r.CONSTRAINT_NAME = k.CONSTRAINT_NAME AND r.TABLE_NAME = k.TABLE_NAME "
+        u"WHERE k.REFERENCED_TABLE_NAME IS NOT NULL AND k.TABLE_SCHEMA = " + Lit(cx.catalog);
+    if (String c = Criterion(criteria, 0); !c.empty()) sql += u" AND k.REFERENCED_TABLE_SCHEMA = " + Lit(c);
+    if (String t = Criterion(criteria, 2); !t.empty()) sql += u" AND k.REFERENCED_TABLE_NAME = " + Lit(t);
+    if (String t = Criterion(criteria, 5); !t.empty()) sql += u" AND k.TABLE_NAME = " + Lit(t);
+    sql += u" ORDER BY k.TABLE_NAME, k.CONSTRAINT_NAME, k.ORDINAL_POSITION";
+    auto rs = NewSchemaRowset({{u"PK_TABLE_CATALOG", adType::VarWChar}, {u"PK_TABLE_SCHEMA", adType::VarWChar},
+                               {u"PK_TABLE_NAME", adType::VarWChar}, {u"PK_COLUMN_NAME", adType::VarWChar},
+                               {u"PK_COLUMN_GUID", adType::GUID}, {u"PK_COLUMN_PROPID", adType::UnsignedInt},
+                               {u"FK_TABLE_CATALOG", adType::VarWChar}, {u"FK_TABLE_SCHEMA", adType::VarWChar},
+                               {u"FK_TABLE_NAME", adType::VarWChar}, {u"FK_COLUMN_NAME", adType::VarWChar},
+                               {u"FK_COLUMN_GUID", adType::GUID}, {u"FK_COLUMN_PROPID", adType::UnsignedInt},
+                               {u"ORDINAL", adType::UnsignedInt}, {u"UPDATE_RULE", adType::VarWChar},
+                               {u"DELETE_RULE", adType::VarWChar}, {u"PK_NAME", adType::VarWChar},
+                               {u"FK_NAME", adType::VarWChar}, {u"DEFERRABILITY", adType::SmallInt}});
+    for (const Row& r : Query(b, sql))
+        rs->AppendRow({Variant(Text(r[0])), Variant::Null(), Variant(Text(r[1])), Variant(Text(r[2])), Variant::Null(),
+                       Variant::Null(), Variant(Text(r[3])), Variant::Null(), Variant(Text(r[4])), Variant(Text(r[5])),
+                       Variant::Null(), Variant::Null(), LongOrNull(r[6]), Variant(Rule(r[7])), Variant(Rule(r[8])),
+                       Variant(Text(r[9])), Variant(Text(r[10])), Variant(int16_t{3})});
+    if (rs->RecordCount() > 0) rs->MoveFirst();
+    return rs;
+}
+
+} // namespace
+
+Ref<Recordset> MySqlOpenSchema(Backend& backend, int32_t schema, const std::vector<Variant>& criteria) {
+    switch (schema) {
+    case adSchemaColumns: return Columns(backend, criteria);
+    case adSchemaTables: return Tables(backend, criteria);
+    case adSchemaIndexes: return Indexes(backend, criteria);
+    case adSchemaPrimaryKeys: return PrimaryKeys(backend, criteria);
+    case adSchemaForeignKeys: return ForeignKeys(backend, criteria);
+    default:
+        RaisePlatformFrom(adErrFeatureNotAvailable, kConnectionSource,
+                          u"Object or provider is not capable of performing requested operation.");
+    }
+}
+
+} // namespace zolsdk::ado::detail
