@@ -32,6 +32,8 @@ void CivilFromDays(int64_t z, int& y, int& m, int& d) {
 }
 
 const int64_t kEpochShift = DaysFromCivil(1899, 12, 30); // day 0 of date values
+const int64_t kFirstDay = DaysFromCivil(100, 1, 1) - kEpochShift;    // 0100-01-01
+const int64_t kLastDay = DaysFromCivil(9999, 12, 31) - kEpochShift;  // 9999-12-31
 
 // Date value <-> seconds on a straight line (day * 86400 + time).
 int64_t ToLinearSeconds(double v) {
@@ -50,14 +52,17 @@ double FromLinearSeconds(int64_t s) {
 } // namespace
 
 double DateSerial(int year, int month, int day) {
+    // Two-digit years fall in the window 1930 to 2029, before any rollover.
+    if (year >= 0 && year <= 29) year += 2000;
+    else if (year >= 30 && year <= 99) year += 1900;
     // Months roll over into years; days are added on top of day 1.
     int64_t m0 = static_cast<int64_t>(month) - 1;
     int64_t y = year + (m0 >= 0 ? m0 / 12 : -((-m0 + 11) / 12));
     int64_t m = m0 - (y - year) * 12 + 1;
-    if (y < 100 || y > 9999) {
-        if (!(y >= 100 && y <= 9999)) RaisePlatform(err::InvalidCall);
-    }
-    int64_t days = DaysFromCivil(y, static_cast<unsigned>(m), 1) + (day - 1) - kEpochShift;
+    if (y < 100 || y > 9999) RaisePlatform(err::InvalidCall);
+    int64_t days = DaysFromCivil(y, static_cast<unsigned>(m), 1) + (static_cast<int64_t>(day) - 1) - kEpochShift;
+    // The days can carry the date out of the calendar as well.
+    if (days < kFirstDay || days > kLastDay) RaisePlatform(err::InvalidCall);
     return static_cast<double>(days);
 }
 

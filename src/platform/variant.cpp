@@ -1,9 +1,11 @@
 #include "zolsdk/platform/variant.hpp"
 
+#include <algorithm>
 #include <charconv>
 #include <cfloat>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "zolsdk/platform/datetime.hpp"
@@ -26,6 +28,9 @@ constexpr double kMaxDate = 2958465.99999; // 9999-12-31 23:59:59
 
 // Digits and exponent of a value rounded to `digits` significant digits.
 String FormatSignificant(double v, int digits, int sciFrom, char16_t sep) {
+    // The platform has no text for infinities or NaN: they only arise from an
+    // overflow that it would have reported.
+    if (!std::isfinite(v)) RaisePlatform(err::Overflow);
     if (v == 0) return u"0";
     char buf[64];
     std::snprintf(buf, sizeof buf, "%.*e", digits - 1, v);
@@ -123,6 +128,30 @@ String CurrencyText(Currency c, char16_t sep) {
         .ToText(sep);
 }
 
+namespace {
+// The power of ten of the leading digit of a normalised number text
+// ("[-]digits[.digits][e[+|-]digits]"); whether the text stands for a huge
+// or a tiny value, without reading it as a double.
+long DecimalMagnitude(const std::string& s) {
+    size_t e = s.find('e');
+    long exp = e == std::string::npos ? 0 : std::strtol(s.c_str() + e + 1, nullptr, 10);
+    long intDigits = 0, leadingFracZeros = 0;
+    bool inFrac = false, seen = false;
+    for (size_t i = 0; i < std::min(e, s.size()); ++i) {
+        char c = s[i];
+        if (c == '.') { inFrac = true; continue; }
+        if (c < '0' || c > '9') continue;
+        if (!inFrac) {
+            if (c != '0' || seen) { seen = true; ++intDigits; }
+        } else if (!seen) {
+            if (c != '0') break;
+            ++leadingFracZeros;
+        }
+    }
+    return intDigits > 0 ? intDigits - 1 + exp : exp - leadingFracZeros - 1;
+}
+} // namespace
+
 bool TryParseNumber(StringView text, double& out) {
     std::string s;
     bool hex;
@@ -130,7 +159,12 @@ bool TryParseNumber(StringView text, double& out) {
     if (!NormaliseNumber(text, s, hex, hv)) return false;
     if (hex) { out = static_cast<double>(hv); return true; }
     auto r = std::from_chars(s.data(), s.data() + s.size(), out);
-    if (r.ec == std::errc::result_out_of_range) RaisePlatform(err::Overflow);
+    if (r.ec == std::errc::result_out_of_range) {
+        // Too small to hold is zero; only too large is an overflow.
+        if (DecimalMagnitude(s) >= 0) RaisePlatform(err::Overflow);
+        out = 0;
+        return r.ptr == s.data() + s.size();
+    }
     return r.ec == std::errc() && r.ptr == s.data() + s.size();
 }
 

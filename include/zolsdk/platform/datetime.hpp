@@ -15,6 +15,8 @@ struct DateParts {
 
 // Calendar date to a date value; months and days out of range roll over as
 // the platform's DateSerial does (month 13 is January of the next year).
+// Years 0 to 29 mean 2000 to 2029, years 30 to 99 mean 1930 to 1999; a
+// result outside 0100-01-01 to 9999-12-31 fails with 5.
 double DateSerial(int year, int month, int day);
 double TimeSerial(int hour, int minute, int second);
 // Parts of a date value, the time rounded to the nearest second.
