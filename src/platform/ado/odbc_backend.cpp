@@ -125,9 +125,14 @@ public:
     }
 
     void Cancel() override {
-        // SQLCancel is the one call meant to come from another thread while
-        // the statement is busy, so it is made without the lock.
-        if (link_->open && link_->generation == gen_ && !done_) SQLCancel(stmt_);
+        // Under the lock, so never in the middle of a fetch: the driver does
+        // not survive a cancel racing its own reads. Between rows a cancel
+        // closes the cursor, and the next fetch ends.
+        std::lock_guard<std::mutex> g(link_->lock);
+        if (Alive() && !done_) {
+            SQLCancel(stmt_);
+            done_ = true;
+        }
     }
 
 private:
