@@ -34,15 +34,23 @@ bool DbCatalog::ImportData(const String& psTableName, const Ref<DbDataSet>& poDa
         ImportWriter w(m_oSession, psTableName);
         ZOL_LN; AddDataSetColumns(w, poDataSet);
         ZOL_LN; ImportWriter::Way way = w.ChooseWay(poDataSet->Rows()->Mode());
+        int64_t done = 0;
         for (auto row : poDataSet->Rows()) {
             ZOL_LN; w.Write(way, *row, RowRecord);
+            if (m_progress && ++done % m_progressEvery == 0) m_progress(psTableName, done);
         }
         ZOL_LN; w.Flush();
+        if (m_progress) m_progress(psTableName, done);
         ZOL_LN; m_oSession->EndTransaction();
         return true;
     } catch (...) {
         AbortImport(zol_mark_, m_oSession);
     }
+}
+
+void DbCatalog::OnImportProgress(ImportProgress callback, int32_t everyRows) {
+    m_progress = std::move(callback);
+    m_progressEvery = everyRows > 0 ? everyRows : 10000;
 }
 
 bool DbCatalog::ImportDataRow(const String& psTableName, const Ref<DbDataSet>& poDataSet,

@@ -8,6 +8,8 @@ namespace zol {
 
 int Usage(std::ostream& out, int code) {
     out << "usage:\n"
+           "  zol migrate --from ATTRS --to ATTRS [--table NAME ...] [--schema-only]\n"
+           "                           recreate tables of one catalog in another and copy their rows\n"
            "  zol schema ATTRS         print the tables, columns and indexes of a catalog\n"
            "  zol create ATTRS         create the database that ATTRS names\n"
            "  zol drop ATTRS           drop it\n"

@@ -4,6 +4,7 @@
 // Create it with Ref<DbCatalog>::New() (or CreateObject(u"DbCatalog")):
 // the objects it hands out hold a reference to it.
 #include <cstdint>
+#include <functional>
 
 #include "zolsdk/platform/object.hpp"
 #include "zolsdk/platform/text.hpp"
@@ -77,8 +78,16 @@ public:
     bool ImportColumns(const Ref<DbColumns>& poColumns);   // does nothing, false
     bool ImportIndex(const Ref<DbIndexes>& poIndex);       // does nothing, false
 
+    // Progress of ImportData/ImportDataEx on this catalog: called with the
+    // table and the rows handed to the engine so far, every `everyRows` rows
+    // and once at the end. For progress displays; nothing else depends on it.
+    using ImportProgress = std::function<void(const String& table, int64_t rows)>;
+    void OnImportProgress(ImportProgress callback, int32_t everyRows = 10000);
+
 private:
     Ref<IDBSession> m_oSession;
+    ImportProgress m_progress;
+    int32_t m_progressEvery = 10000;
 };
 
 } // namespace zolsdk
