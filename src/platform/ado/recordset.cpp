@@ -333,6 +333,7 @@ void Recordset::AppendRow(std::vector<Variant> cells) {
 void Recordset::AddNew() {
     RequireOpen();
     if (pendingNew_) Update();
+    posBeforeNew_ = pos_;
     std::vector<Variant> cells(fields_.fields_.size(), Variant::Null());
     rows_.push_back(Row{std::move(cells)});
     view_.push_back(rows_.size() - 1);
@@ -356,7 +357,7 @@ void Recordset::Cancel() {
     rows_.pop_back();
     view_.erase(std::remove(view_.begin(), view_.end(), row), view_.end());
     pendingNew_ = false;
-    if (pos_ > static_cast<long>(view_.size())) pos_ = static_cast<long>(view_.size());
+    pos_ = std::min(posBeforeNew_, static_cast<long>(view_.size()));
 }
 
 bool Recordset::Eof() const {

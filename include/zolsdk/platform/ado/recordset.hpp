@@ -45,6 +45,10 @@ public:
     void Append(StringView name, int32_t type, int32_t definedSize = 0, int32_t attributes = -1);
     // By name (case-blind) or by 0-based position; 3265 when there is none.
     Field& Item(StringView name);
+    // Literals and Strings convert to both StringView and Variant: these
+    // pick the name lookup for them.
+    Field& Item(const char16_t* name) { return Item(StringView(name)); }
+    Field& Item(const String& name) { return Item(StringView(name)); }
     Field& Item(int32_t index);
     Field& Item(const Variant& key);
     int32_t Count() const { return static_cast<int32_t>(fields_.size()); }
@@ -81,7 +85,8 @@ public:
     void AddNew();
     void Update();
     void UpdateBatch(int32_t affectRecords = adAffectAllChapters);
-    // Drops a pending new row.
+    // Drops a pending new row; the cursor returns to the row that was
+    // current before AddNew.
     void Cancel();
     void CancelUpdate() { Cancel(); }
     // Fast path for providers: a whole row, in field order, made final.
@@ -138,6 +143,7 @@ private:
     long pos_ = -1;                // cursor in view_: -1 before first, size() after last
     bool open_ = false;
     bool pendingNew_ = false;
+    long posBeforeNew_ = -1;       // where Cancel of a new row returns to
     int32_t cursorLocation_ = 2;
     Variant filter_ = Variant(int32_t{0});
     String sort_;
