@@ -1,3 +1,4 @@
+#include "query/condition_builder.hpp"
 #include "support/replace_text.hpp"
 #include "zolsdk/catalog/catalog.hpp"
 #include "zolsdk/data/data_rows.hpp"
@@ -19,6 +20,27 @@ Ref<DbDataSet> DbCatalog::ExportData(const String& psTableName) {
         auto ds = Ref<DbDataSet>::New();
         ZOL_LN; int32_t rows = GetDataRowCount(psTableName);
         ZOL_LN; ds->Init(SelfRef<DbCatalog>(this), psTableName, u"", u"", ModeFor(rows));
+        return ds;
+    } ZOL_RERAISE
+}
+
+Ref<DbDataSet> DbCatalog::ExportDataByQuery(const Ref<DbQuery>& poQuery) {
+    ZOL_ROUTINE(u"DbCatalog:ExportDataByQuery Ln ");
+    try {
+        ZOL_LN; Ref<IDbSqlBuilder> builder = m_oSession->DbSqlBuilder();
+        String filter;
+        {
+            auto conditions = Ref<DbConditionBuilder>::New();
+            ZOL_LN; filter = conditions->ToString(builder, poQuery->Criteria(), poQuery->Parameters(),
+                                                  poQuery->TableName());
+        }
+        auto ds = Ref<DbDataSet>::New();
+        // The count comes from the plain select with its first "*" made a COUNT.
+        ZOL_LN; String sql = builder->SelectSql(poQuery->TableName(), u"", filter);
+        int32_t once = 1;
+        sql = ReplaceText(sql, u"*", u"COUNT(*)", 1, once, false);
+        ZOL_LN; int32_t rows = Variant(m_oSession->ExecuteScalar(sql, u"0")).ToLong();
+        ZOL_LN; ds->Init(SelfRef<DbCatalog>(this), poQuery->TableName(), poQuery->ColumnSet(), filter, ModeFor(rows));
         return ds;
     } ZOL_RERAISE
 }
