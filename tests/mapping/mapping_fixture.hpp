@@ -1,0 +1,56 @@
+#pragma once
+// Builders shared by the mapping tests: real columns, rows and expressions.
+#include <functional>
+#include <optional>
+
+#include "zolsdk/data/data_row.hpp"
+#include "zolsdk/mapping/column_map.hpp"
+#include "zolsdk/mapping/map_expression.hpp"
+#include "zolsdk/platform/datetime.hpp"
+#include "zolsdk/schema/column.hpp"
+
+namespace zolsdk::testing {
+
+inline Ref<DbColumn> Column(const String& name, int32_t group) {
+    auto col = Ref<DbColumn>::New();
+    col->Init(u"target", name, 1, 0, group, false, u"", 0, 0, 0, true);
+    return col;
+}
+
+inline Ref<DbMapVariable> Variable(MapVariableTypeEnum type, const Variant& value) {
+    auto v = Ref<DbMapVariable>::New();
+    v->VariableType(type);
+    v->Value(value);
+    return v;
+}
+inline Ref<DbMapVariable> Constant(const Variant& value) { return Variable(mtConstantValue, value); }
+inline Ref<DbMapVariable> ColumnVariable(const Variant& column) { return Variable(mtColumnValue, column); }
+
+inline Ref<DbMapExpression> Expression(DbExpressionOperatorEnum op, std::initializer_list<Ref<DbMapVariable>> vars) {
+    auto e = Ref<DbMapExpression>::New();
+    e->ExpressionOperator(op);
+    for (const auto& v : vars) e->Variables()->Add(v);
+    return e;
+}
+
+// The failure `f` raises, none when it returns.
+inline std::optional<DbError> Failure(const std::function<void()>& f) {
+    try {
+        f();
+    } catch (const DbError& e) {
+        return e;
+    }
+    return std::nullopt;
+}
+
+// The chain's line for a routine: its literal followed by a line number.
+inline bool HasTrace(const DbError& e, const String& literal) {
+    const String& s = e.Source();
+    for (size_t at = s.find(literal); at != String::npos; at = s.find(literal, at + 1)) {
+        const size_t next = at + literal.size();
+        if (next < s.size() && s[next] >= u'0' && s[next] <= u'9') return true;
+    }
+    return false;
+}
+
+} // namespace zolsdk::testing
