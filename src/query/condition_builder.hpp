@@ -4,6 +4,9 @@
 // pushes the predicate its dialect renders, a group pushes an opening mark
 // on enter and folds everything above that mark into one parenthesised
 // text on leave.
+//
+// Make it with Ref<DbConditionBuilder>::New(): ToString hands the object
+// itself to the tree as its visitor, which needs a shared owner.
 #include <cstdint>
 #include <vector>
 

@@ -2,29 +2,22 @@
 // Small builders for criteria trees, and a reader for failure chains.
 #include <gtest/gtest.h>
 
-#include <initializer_list>
 #include <string>
 #include <vector>
 
 #include "query/condition_builder.hpp"
-#include "zolsdk/platform/error.hpp"
-#include "zolsdk/query/query.hpp"
 
 namespace zolsdk::testing {
 
 inline Ref<DbCondition> Cond(const String& name, DataTypeGroupEnum type, DbConditionOperatorEnum op,
                              const Variant& value = {}, DbConditionValueTypeEnum valueType = dcvtConstant) {
     auto c = Ref<DbCondition>::New();
-    c->AttributeName(name);
-    c->AttributeDataType(type);
-    c->Operator(op);
-    c->ValueType(valueType);
-    c->Value(value);
+    c->AttributeName(name), c->AttributeDataType(type), c->Operator(op), c->ValueType(valueType), c->Value(value);
     return c;
 }
 
-inline Ref<DbConditionExpression> Group(DbLogicalOperatorEnum op, std::initializer_list<Ref<DbCondition>> conditions,
-                                        std::initializer_list<Ref<DbConditionExpression>> nested = {}) {
+inline Ref<DbConditionExpression> Group(DbLogicalOperatorEnum op, std::vector<Ref<DbCondition>> conditions,
+                                        std::vector<Ref<DbConditionExpression>> nested = {}) {
     auto e = Ref<DbConditionExpression>::New();
     e->LogicalOperator(op);
     for (const auto& c : conditions) e->Conditions()->Add(c);
@@ -34,38 +27,22 @@ inline Ref<DbConditionExpression> Group(DbLogicalOperatorEnum op, std::initializ
 
 inline Ref<DbParameter> Param(const String& value, bool isNull = false) {
     auto p = Ref<DbParameter>::New();
-    p->Value(value);
-    p->IsNullValue(isNull);
+    p->Value(value), p->IsNullValue(isNull);
     return p;
 }
 
-// The trace literals of a failure's Source, head first, each with its line
-// number taken off: "A => \r\nB Ln 12" gives {"A", "B Ln "}. A line of the
-// form "X (12)" gives "X (".
-inline std::vector<std::string> ChainLiterals(const String& source) {
+// The last `count` trace literals of a Source, line numbers taken off:
+// "... => \r\nDbQuery:Criteria Ln 12" ends with "DbQuery:Criteria Ln ".
+inline std::vector<std::string> ChainTail(const String& source, size_t count) {
     std::vector<std::string> out;
-    const std::string s = ToUtf8(source);
-    const std::string joint = " => \r\n";
-    size_t start = 0;
-    for (;;) {
-        size_t at = s.find(joint, start);
-        std::string piece = s.substr(start, at == std::string::npos ? std::string::npos : at - start);
-        if (!out.empty()) {
-            if (!piece.empty() && piece.back() == ')') piece.pop_back();
-            while (!piece.empty() && piece.back() >= '0' && piece.back() <= '9') piece.pop_back();
-        }
-        out.push_back(piece);
-        if (at == std::string::npos) break;
-        start = at + joint.size();
+    std::string s = ToUtf8(source);
+    for (size_t at; out.size() < count && (at = s.rfind(" => \r\n")) != std::string::npos; s.erase(at)) {
+        std::string line = s.substr(at + 6);
+        if (!line.empty() && line.back() == ')') line.pop_back();
+        while (!line.empty() && line.back() >= '0' && line.back() <= '9') line.pop_back();
+        out.insert(out.begin(), line);
     }
     return out;
-}
-
-// The chain's last literals, for failures whose head lies in other code.
-inline std::vector<std::string> ChainTail(const String& source, size_t count) {
-    auto all = ChainLiterals(source);
-    if (all.size() < count) return all;
-    return std::vector<std::string>(all.end() - static_cast<std::ptrdiff_t>(count), all.end());
 }
 
 // Runs `f`, which must fail, and hands back the failure.
@@ -82,8 +59,12 @@ DbError Failure(F&& f) {
 
 inline std::string Render(const Ref<IDbSqlBuilder>& builder, const Ref<IComposite>& root,
                           const Ref<DbParameters>& parameters = Ref<DbParameters>::New(), const String& alias = u"t") {
-    auto visitor = Ref<DbConditionBuilder>::New();
-    return ToUtf8(visitor->ToString(builder, root, parameters, alias));
+    return ToUtf8(Ref<DbConditionBuilder>::New()->ToString(builder, root, parameters, alias));
 }
+
+// The chain that a failure inside one condition gains on its way out.
+inline const std::vector<std::string> kVisitChain = {
+    "DbConditionBuilder:IVisitor_Visit Ln ", "DbCondition:ILeaf_Accept Ln ",
+    "DbConditionExpression:IComposite_Accept Ln ", "DbConditionBuilder:ToString Ln "};
 
 } // namespace zolsdk::testing

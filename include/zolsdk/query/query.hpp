@@ -1,7 +1,7 @@
 #pragma once
 // The query model: a table, a column set and a tree of criteria that a
-// client builds instead of writing SQL. The objects only hold data; the one
-// behaviour of note is the walking order of Accept.
+// client builds instead of writing SQL. The objects only hold data and check
+// nothing; what they do is walk the tree in a fixed order (Accept).
 //
 //   auto q = Ref<DbQuery>::New();
 //   q->TableName(u"orders");
