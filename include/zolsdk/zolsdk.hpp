@@ -28,8 +28,16 @@
 #include "zolsdk/schema/column.hpp"
 #include "zolsdk/schema/index.hpp"
 
+// Query model.
+#include "zolsdk/query/visitor.hpp"
+#include "zolsdk/query/query.hpp"
+
 // Data model.
 #include "zolsdk/data/blob.hpp"
 #include "zolsdk/data/data_columns.hpp"
 #include "zolsdk/data/data_row.hpp"
 #include "zolsdk/data/data_rows.hpp"
+
+// Mapping.
+#include "zolsdk/mapping/column_map.hpp"
+#include "zolsdk/mapping/map_expression.hpp"

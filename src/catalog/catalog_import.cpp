@@ -1,7 +1,9 @@
 #include "catalog/import_writer.hpp"
 #include "support/split.hpp"
 #include "zolsdk/catalog/catalog.hpp"
+#include "mapping/mapped_value_string.hpp"
 #include "zolsdk/data/data_rows.hpp"
+#include "zolsdk/mapping/column_map.hpp"
 
 namespace zolsdk {
 
@@ -15,7 +17,7 @@ void AddDataSetColumns(ImportWriter& w, const Ref<DbDataSet>& ds) {
     }
 }
 
-String RowRecord(DbDataRow& row, const String& mark) { return row.GetString(u",", mark); }
+String RowRecord(const Ref<DbDataRow>& row, const String& mark) { return row->GetString(u",", mark); }
 
 // Ends the bracket and passes the failure on with this routine's line; a
 // failure of the rollback itself takes the first one's place.
@@ -36,7 +38,42 @@ bool DbCatalog::ImportData(const String& psTableName, const Ref<DbDataSet>& poDa
         ZOL_LN; ImportWriter::Way way = w.ChooseWay(poDataSet->Rows()->Mode());
         int64_t done = 0;
         for (auto row : poDataSet->Rows()) {
-            ZOL_LN; w.Write(way, *row, RowRecord);
+            ZOL_LN; w.Write(way, row, RowRecord);
+            if (m_progress && ++done % m_progressEvery == 0) m_progress(psTableName, done);
+        }
+        ZOL_LN; w.Flush();
+        if (m_progress) m_progress(psTableName, done);
+        ZOL_LN; m_oSession->EndTransaction();
+        return true;
+    } catch (...) {
+        AbortImport(zol_mark_, m_oSession);
+    }
+}
+
+bool DbCatalog::ImportDataEx(const String& psTableName, const Ref<DbDataSet>& poDataSet,
+                             const Ref<DbColumnMap>& poColumnMap) {
+    ZOL_ROUTINE(u"DbCatalog:ImportDataEx Ln ");
+    try {
+        ZOL_LN; m_oSession->BeginTransaction();
+        ImportWriter w(m_oSession, psTableName);
+        // The written columns are the maps' targets, in the map's order; a
+        // parameter exists for a column map of a large-value target, named
+        // after the data set's column that feeds it.
+        for (auto map : poColumnMap) {
+            ZOL_LN; int32_t g = map->MapFrom()->DataTypeGroup();
+            String parameter;
+            if (map->MapType() == mtColumn && (g == 10 || g == 2)) {
+                ZOL_LN; parameter = map->MapTo().As<DbColumn>()->ColumnName();
+            }
+            ZOL_LN; w.AddColumn(g, map->MapFrom()->ColumnName(), parameter);
+        }
+        ZOL_LN; ImportWriter::Way way = w.ChooseWay(poDataSet->Rows()->Mode());
+        auto text = [&](const Ref<DbDataRow>& row, const String& mark) {
+            return MappedValueString(row, poColumnMap, u",", mark);
+        };
+        int64_t done = 0;
+        for (auto row : poDataSet->Rows()) {
+            ZOL_LN; w.Write(way, row, text);
             if (m_progress && ++done % m_progressEvery == 0) m_progress(psTableName, done);
         }
         ZOL_LN; w.Flush();
@@ -60,13 +97,13 @@ bool DbCatalog::ImportDataRow(const String& psTableName, const Ref<DbDataSet>& p
         ImportWriter w(m_oSession, psTableName);
         ZOL_LN; AddDataSetColumns(w, poDataSet);
         ZOL_LN; int32_t mode = poDataSet->Rows()->Mode();
-        DbDataRow& row = *poDataRow;
+        const Ref<DbDataRow>& row = poDataRow;
         if (mode == 3 || mode == 0) {
             // No size limit here: the text goes as it is.
-            ZOL_LN; String sql = w.Builder().InsertSql(psTableName, w.ColumnSet(), row.GetString(u",", u"="), u"=");
+            ZOL_LN; String sql = w.Builder().InsertSql(psTableName, w.ColumnSet(), row->GetString(u",", u"="), u"=");
             ZOL_LN; m_oSession->ExecuteNoQuery(sql);
         } else {
-            ZOL_LN; String sql = w.Builder().InsertSql(psTableName, w.ColumnSet(), row.GetString(u",", u"?"), u"?");
+            ZOL_LN; String sql = w.Builder().InsertSql(psTableName, w.ColumnSet(), row->GetString(u",", u"?"), u"?");
             ZOL_LN; w.WriteBound(row, sql);
         }
         return true;
@@ -88,9 +125,9 @@ bool DbCatalog::UpdateDataByAttribute(const String& psTableName, const Ref<DbDat
             ZOL_LN; keys.AddColumn(col->DataTypeGroup(), col->ColumnName(), u"");
         }
         ZOL_LN; int32_t mode = poDataSet->Rows()->Mode();
-        DbDataRow& row = *poDataRow;
+        const Ref<DbDataRow>& row = poDataRow;
         String mark = mode == 3 || mode == 0 ? u"=" : u"?";
-        ZOL_LN; String sql = w.Builder().UpdateByAttributeSql(psTableName, w.ColumnSet(), row.GetString(u",", mark),
+        ZOL_LN; String sql = w.Builder().UpdateByAttributeSql(psTableName, w.ColumnSet(), row->GetString(u",", mark),
                                                               mark, keys.ColumnSet(), psAttributeValue);
         if (mark == u"=") {
             ZOL_LN; m_oSession->ExecuteNoQuery(sql);

@@ -6,6 +6,9 @@
 #include "zolsdk/catalog/catalog.hpp"
 #include "zolsdk/data/blob.hpp"
 #include "zolsdk/data/data_rows.hpp"
+#include "zolsdk/mapping/column_map.hpp"
+#include "zolsdk/mapping/map_expression.hpp"
+#include "zolsdk/query/query.hpp"
 #include "zolsdk/schema/column.hpp"
 #include "zolsdk/schema/index.hpp"
 #include "zolsdk/schema/table.hpp"
@@ -31,6 +34,12 @@ const std::vector<std::pair<const char16_t*, Maker>>& Registry() {
         Entry<DbDataSet>(u"DbDataSet"),     Entry<DbDataRow>(u"DbDataRow"),
         Entry<DbDataRows>(u"DbDataRows"),   Entry<DbDataColumns>(u"DbDataColumns"),
         Entry<DbDataColumn>(u"DbDataColumn"),
+        Entry<DbQuery>(u"DbQuery"),         Entry<DbConditionExpression>(u"DbConditionExpression"),
+        Entry<DbCondition>(u"DbCondition"), Entry<DbSortExpression>(u"DbSortExpression"),
+        Entry<DbJoinExpression>(u"DbJoinExpression"), Entry<DbParameter>(u"DbParameter"),
+        Entry<DbColumnMap>(u"DbColumnMap"), Entry<DbMap>(u"DbMap"),
+        Entry<DbMapExpression>(u"DbMapExpression"), Entry<DbMapVariable>(u"DbMapVariable"),
+        Entry<DbMapVariables>(u"DbMapVariables"), Entry<DbMapExpressions>(u"DbMapExpressions"),
     };
     return r;
 }

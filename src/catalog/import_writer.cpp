@@ -42,16 +42,16 @@ ImportWriter::Way ImportWriter::ChooseWay(int32_t mode) {
     return parameters_->Count() == 0 ? Way::Text : Way::TextOrBound;
 }
 
-void ImportWriter::BindRow(DbDataRow& row) {
+void ImportWriter::BindRow(const Ref<DbDataRow>& row) {
     // The same parameter objects serve every row.
     for (const Variant& v : *parameters_) {
         Ref<ado::Parameter> p = v.As<ado::Parameter>();
-        if (row.IsNullValue(Variant(p->Name()))) {
+        if (row->IsNullValue(Variant(p->Name()))) {
             p->Size(4); // the length of "NULL"
             p->Value(Variant::Null());
             continue;
         }
-        Ref<DbBlob> blob = row.Item(Variant(p->Name())).As<DbBlob>();
+        Ref<DbBlob> blob = row->Item(Variant(p->Name())).As<DbBlob>();
         if (blob->IsBinary()) {
             p->Size(blob->size() + 1);
             p->Value(Variant(blob->DataBytes()));
@@ -62,17 +62,17 @@ void ImportWriter::BindRow(DbDataRow& row) {
     }
 }
 
-void ImportWriter::WriteBound(DbDataRow& row, const String& sql) {
+void ImportWriter::WriteBound(const Ref<DbDataRow>& row, const String& sql) {
     BindRow(row);
     session_->ExecuteNoQueryEx(sql, parameters_);
 }
 
-void ImportWriter::InsertBound(DbDataRow& row, const RowText& text) {
+void ImportWriter::InsertBound(const Ref<DbDataRow>& row, const RowText& text) {
     String values = text(row, u"?");
     WriteBound(row, builder_->InsertSql(table_, columnSet_, values, u"?"));
 }
 
-void ImportWriter::Write(Way way, DbDataRow& row, const RowText& text) {
+void ImportWriter::Write(Way way, const Ref<DbDataRow>& row, const RowText& text) {
     switch (way) {
     case Way::Bound:
         InsertBound(row, text);

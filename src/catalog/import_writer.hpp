@@ -20,7 +20,7 @@ public:
     static constexpr int32_t kByteLimit = 0x80000;
 
     // A row's value record for a substitute mark ("=" inline, "?" bound).
-    using RowText = std::function<String(DbDataRow& row, const String& mark)>;
+    using RowText = std::function<String(const Ref<DbDataRow>& row, const String& mark)>;
 
     ImportWriter(Ref<IDBSession> session, String table);
 
@@ -34,13 +34,13 @@ public:
     Way ChooseWay(int32_t mode);
 
     // Writes one row in the given way (Batched keeps it for the next flush).
-    void Write(Way way, DbDataRow& row, const RowText& text);
+    void Write(Way way, const Ref<DbDataRow>& row, const RowText& text);
     // Sends what the batch holds.
     void Flush();
 
     // One statement for one row, text or bound, with a given builder call.
-    void WriteBound(DbDataRow& row, const String& sql);
-    void BindRow(DbDataRow& row);
+    void WriteBound(const Ref<DbDataRow>& row, const String& sql);
+    void BindRow(const Ref<DbDataRow>& row);
     const Ref<Collection>& Parameters() const { return parameters_; }
     IDbSqlBuilder& Builder() { return *builder_; }
 
@@ -55,7 +55,7 @@ private:
     int32_t batchBytes_ = 0;
     const String rowMark_;
 
-    void InsertBound(DbDataRow& row, const RowText& text);
+    void InsertBound(const Ref<DbDataRow>& row, const RowText& text);
 };
 
 } // namespace zolsdk

@@ -50,8 +50,16 @@ public:
 
     // Range-for over a referenced collection keeps the collection alive for
     // the walk: `for (auto col : table->Columns())`.
-    auto begin() const { return Get().NewEnum()->begin(); }
-    auto end() const { return decltype(Get().NewEnum()->begin())(); }
+    auto begin() const
+        requires requires(T& t) { t.NewEnum(); }
+    {
+        return Get().NewEnum()->begin();
+    }
+    auto end() const
+        requires requires(T& t) { t.NewEnum(); }
+    {
+        return decltype(Get().NewEnum()->begin())();
+    }
 
 private:
     std::shared_ptr<T> p_;
