@@ -69,6 +69,10 @@ public:
 std::shared_ptr<Backend> MakeBackend(const String& connectionText);
 // The unixODBC backend ("Driver=...", "DSN=...").
 std::shared_ptr<Backend> MakeOdbcBackend();
+// Access files ("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=...").
+std::shared_ptr<Backend> MakeJetBackend();
+// SQL Server ("Provider=SQLOLEDB.1;..."), translated for the ODBC layer.
+std::shared_ptr<Backend> MakeSqlServerBackend();
 
 // Fills a new disconnected rowset from a cursor, all rows at once.
 Ref<Recordset> DrainToRowset(Cursor& cursor);

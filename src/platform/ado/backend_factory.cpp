@@ -14,6 +14,8 @@ std::shared_ptr<Backend> MakeBackend(const String& connectionText) {
     String t = Trim(connectionText);
     if (StartsWithNoCase(t, u"Driver=") || StartsWithNoCase(t, u"DSN=") || StartsWithNoCase(t, u"FILEDSN="))
         return MakeOdbcBackend();
+    if (StartsWithNoCase(t, u"Provider=Microsoft.Jet.OLEDB")) return MakeJetBackend();
+    if (StartsWithNoCase(t, u"Provider=SQLOLEDB")) return MakeSqlServerBackend();
     RaisePlatformFrom(3706, kConnectionSource, u"Provider cannot be found. It may not be properly installed.");
 }
 

@@ -1,0 +1,12 @@
+// Stands in for the SQL Server provider until it is built; the file goes when
+// the real provider arrives.
+#include "platform/ado/backend.hpp"
+
+namespace zolsdk::ado::detail {
+
+std::shared_ptr<Backend> MakeSqlServerBackend() {
+    RaisePlatformFrom(3706, kConnectionSource,
+                      u"Provider cannot be found. It may not be properly installed. (the SQL Server provider is not part of this build)");
+}
+
+} // namespace zolsdk::ado::detail
