@@ -19,6 +19,20 @@ void AddDataSetColumns(ImportWriter& w, const Ref<DbDataSet>& ds) {
 
 String RowRecord(const Ref<DbDataRow>& row, const String& mark) { return row->GetString(u",", mark); }
 
+// Every row of the data set, in the way its fill mode calls for. Lines are
+// marked on the caller's routine.
+void WriteRows(ImportWriter& w, const String& table, const Ref<DbDataSet>& ds, const ImportWriter::RowText& text,
+               const DbCatalog::ImportProgress& progress, int32_t every, RoutineMark& zol_mark_) {
+    ZOL_LN; ImportWriter::Way way = w.ChooseWay(ds->Rows()->Mode());
+    int64_t done = 0;
+    for (auto row : ds->Rows()) {
+        ZOL_LN; w.Write(way, row, text);
+        if (progress && ++done % every == 0) progress(table, done);
+    }
+    ZOL_LN; w.Flush();
+    if (progress) progress(table, done);
+}
+
 // Ends the bracket and passes the failure on with this routine's line; a
 // failure of the rollback itself takes the first one's place.
 [[noreturn]] void AbortImport(const RoutineMark& mark, const Ref<IDBSession>& session) {
@@ -35,14 +49,7 @@ bool DbCatalog::ImportData(const String& psTableName, const Ref<DbDataSet>& poDa
         ZOL_LN; m_oSession->BeginTransaction();
         ImportWriter w(m_oSession, psTableName);
         ZOL_LN; AddDataSetColumns(w, poDataSet);
-        ZOL_LN; ImportWriter::Way way = w.ChooseWay(poDataSet->Rows()->Mode());
-        int64_t done = 0;
-        for (auto row : poDataSet->Rows()) {
-            ZOL_LN; w.Write(way, row, RowRecord);
-            if (m_progress && ++done % m_progressEvery == 0) m_progress(psTableName, done);
-        }
-        ZOL_LN; w.Flush();
-        if (m_progress) m_progress(psTableName, done);
+        WriteRows(w, psTableName, poDataSet, RowRecord, m_progress, m_progressEvery, zol_mark_);
         ZOL_LN; m_oSession->EndTransaction();
         return true;
     } catch (...) {
@@ -67,17 +74,10 @@ bool DbCatalog::ImportDataEx(const String& psTableName, const Ref<DbDataSet>& po
             }
             ZOL_LN; w.AddColumn(g, map->MapFrom()->ColumnName(), parameter);
         }
-        ZOL_LN; ImportWriter::Way way = w.ChooseWay(poDataSet->Rows()->Mode());
         auto text = [&](const Ref<DbDataRow>& row, const String& mark) {
             return MappedValueString(row, poColumnMap, u",", mark);
         };
-        int64_t done = 0;
-        for (auto row : poDataSet->Rows()) {
-            ZOL_LN; w.Write(way, row, text);
-            if (m_progress && ++done % m_progressEvery == 0) m_progress(psTableName, done);
-        }
-        ZOL_LN; w.Flush();
-        if (m_progress) m_progress(psTableName, done);
+        WriteRows(w, psTableName, poDataSet, text, m_progress, m_progressEvery, zol_mark_);
         ZOL_LN; m_oSession->EndTransaction();
         return true;
     } catch (...) {

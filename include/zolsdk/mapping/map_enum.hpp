@@ -1,69 +1,10 @@
 #pragma once
-// The walk of a mapping collection: the items as they stood when NewEnum was
-// asked, in the order of adding, as typed references. The iterators share
-// that list, so the enumeration object itself may go out of scope while a
-// range-for is still running.
-#include <cstddef>
-#include <iterator>
-#include <memory>
-#include <vector>
-
-#include "zolsdk/platform/collection.hpp"
+// The walk of a mapping collection: a snapshot in the order of adding.
+#include "zolsdk/platform/snapshot_enum.hpp"
 
 namespace zolsdk {
 
 template <class T>
-class DbMapEnum : public Object {
-    using Items = std::vector<Ref<T>>;
-
-public:
-    explicit DbMapEnum(const Collection& items) {
-        auto list = std::make_shared<Items>();
-        list->reserve(static_cast<size_t>(items.Count()));
-        for (const Variant& v : items) list->push_back(v.template As<T>());
-        items_ = std::move(list);
-    }
-
-    class iterator {
-    public:
-        using iterator_category = std::input_iterator_tag;
-        using value_type = Ref<T>;
-        using difference_type = std::ptrdiff_t;
-        using pointer = const Ref<T>*;
-        using reference = const Ref<T>&;
-
-        iterator() = default; // the end
-        iterator(std::shared_ptr<const Items> items, size_t position)
-            : items_(std::move(items)), position_(position) {
-            if (position_ >= items_->size()) items_.reset();
-        }
-        reference operator*() const { return (*items_)[position_]; }
-        pointer operator->() const { return &(*items_)[position_]; }
-        iterator& operator++() {
-            if (++position_ >= items_->size()) items_.reset();
-            return *this;
-        }
-        iterator operator++(int) {
-            iterator old = *this;
-            ++*this;
-            return old;
-        }
-        friend bool operator==(const iterator& a, const iterator& b) {
-            if (!a.items_ || !b.items_) return !a.items_ && !b.items_;
-            return a.items_ == b.items_ && a.position_ == b.position_;
-        }
-
-    private:
-        std::shared_ptr<const Items> items_; // none at the end
-        size_t position_ = 0;
-    };
-
-    iterator begin() const { return iterator(items_, 0); }
-    iterator end() const { return iterator(); }
-    int32_t Count() const { return static_cast<int32_t>(items_->size()); }
-
-private:
-    std::shared_ptr<const Items> items_;
-};
+using DbMapEnum = SnapshotEnum<T>;
 
 } // namespace zolsdk

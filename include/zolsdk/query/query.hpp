@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "zolsdk/platform/collection.hpp"
+#include "zolsdk/platform/snapshot_enum.hpp"
 #include "zolsdk/platform/object.hpp"
 #include "zolsdk/platform/variant.hpp"
 #include "zolsdk/query/visitor.hpp"
@@ -30,56 +31,9 @@ class DbJoinExpression;
 class DbSortExpression;
 class DbParameter;
 
-// The walk of a query collection: a snapshot of its items taken by NewEnum,
-// so adding or removing items during a walk does not disturb it. The
-// iterators share the snapshot, so the enumeration object itself may go.
+// The walk of a query collection: a snapshot taken by NewEnum.
 template <class T>
-class DbItemEnum : public Object {
-    using Items = std::vector<Ref<T>>;
-
-public:
-    explicit DbItemEnum(Items items) : items_(std::make_shared<const Items>(std::move(items))) {}
-
-    class iterator {
-    public:
-        using iterator_category = std::input_iterator_tag;
-        using value_type = Ref<T>;
-        using difference_type = std::ptrdiff_t;
-        using pointer = const Ref<T>*;
-        using reference = const Ref<T>&;
-
-        iterator() = default; // the end
-        iterator(std::shared_ptr<const Items> items, size_t position) : items_(std::move(items)), position_(position) {
-            if (position_ >= items_->size()) items_.reset();
-        }
-        reference operator*() const { return (*items_)[position_]; }
-        pointer operator->() const { return &(*items_)[position_]; }
-        iterator& operator++() {
-            if (++position_ >= items_->size()) items_.reset();
-            return *this;
-        }
-        iterator operator++(int) {
-            iterator old = *this;
-            ++*this;
-            return old;
-        }
-        friend bool operator==(const iterator& a, const iterator& b) {
-            if (!a.items_ || !b.items_) return !a.items_ && !b.items_;
-            return a.items_ == b.items_ && a.position_ == b.position_;
-        }
-
-    private:
-        std::shared_ptr<const Items> items_; // none at the end
-        size_t position_ = 0;
-    };
-
-    iterator begin() const { return iterator(items_, 0); }
-    iterator end() const { return iterator(); }
-    int32_t Count() const { return static_cast<int32_t>(items_->size()); }
-
-private:
-    std::shared_ptr<const Items> items_;
-};
+using DbItemEnum = SnapshotEnum<T>;
 
 // The common frame of the query collections: an ordered, 1-based
 // Collection of one kind of object. Item takes a position or a key; Exist
