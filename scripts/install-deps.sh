@@ -12,6 +12,7 @@ PACKAGES=(
   libxml2-dev libpcre2-dev libssl-dev
   unixodbc unixodbc-dev odbc-mariadb tdsodbc
   mariadb-server mariadb-client
+  default-jdk-headless maven
 )
 
 missing=()

@@ -62,6 +62,9 @@ public:
     virtual std::unique_ptr<Cursor> Execute(const String& sql, const std::vector<Ref<Parameter>>& params,
                                             int64_t& affected, int32_t timeout) = 0;
     virtual Ref<Recordset> OpenSchema(int32_t schema, const std::vector<Variant>& criteria) = 0;
+    // The "?" marks of a statement as this store's SQL reads them (its
+    // quotes, names and comments differ).
+    virtual int32_t ParameterMarks(StringView sql) const { return CountParameterMarks(sql); }
 };
 
 // The backend for a connection text; raises 3706 (provider not found) when

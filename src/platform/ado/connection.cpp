@@ -311,6 +311,10 @@ void Connection::CancelFetches() {
     fetches_.clear();
 }
 
+int32_t Connection::ParameterMarks(StringView sql) const {
+    return backend_ && backend_->IsOpen() ? backend_->ParameterMarks(sql) : CountParameterMarks(sql);
+}
+
 void Connection::ForgetFinishedFetches() {
     std::erase_if(fetches_, [](const std::weak_ptr<detail::AsyncFetch>& w) { return w.expired(); });
 }
@@ -328,7 +332,7 @@ void Command::CommandText(String t) {
 ado::Parameters& Command::Parameters() {
     if (!derived_) {
         params_.Clear();
-        int32_t n = CountParameterMarks(text_);
+        int32_t n = connection_ ? connection_->ParameterMarks(text_) : CountParameterMarks(text_);
         for (int32_t i = 0; i < n; ++i)
             params_.Append(Ref<Parameter>::New(u"Param" + IntText(i + 1), adType::VarWChar, adParamInput, 0, Variant::Null()));
         derived_ = true;

@@ -179,6 +179,10 @@ public:
     // Stops every asynchronous fetch on this connection.
     void CancelFetches();
 
+    // The "?" marks of a statement as the open store's SQL reads them; by the
+    // common rules (CountParameterMarks) while closed.
+    int32_t ParameterMarks(StringView sql) const;
+
     // For Command: runs with bound parameters.
     Ref<Recordset> ExecuteWith(const String& commandText, const std::vector<Ref<Parameter>>& params,
                                int32_t& recordsAffected, int32_t options);

@@ -1,0 +1,665 @@
+package zolsdk.jet;
+
+import io.github.spannm.jackcess.Column;
+import io.github.spannm.jackcess.Database;
+import io.github.spannm.jackcess.DatabaseBuilder;
+import io.github.spannm.jackcess.Index;
+import io.github.spannm.jackcess.IndexBuilder;
+import io.github.spannm.jackcess.PropertyMap;
+import io.github.spannm.jackcess.Relationship;
+import io.github.spannm.jackcess.Table;
+import io.github.spannm.jackcess.query.Query;
+
+import java.io.ByteArrayOutputStream;
+import java.io.DataInputStream;
+import java.io.DataOutputStream;
+import java.io.File;
+import java.io.IOException;
+import java.math.BigDecimal;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.nio.file.attribute.BasicFileAttributes;
+import java.sql.Blob;
+import java.sql.Clob;
+import java.sql.Connection;
+import java.sql.DriverManager;
+import java.sql.PreparedStatement;
+import java.sql.ResultSet;
+import java.sql.ResultSetMetaData;
+import java.sql.SQLException;
+import java.sql.Statement;
+import java.sql.Timestamp;
+import java.sql.Types;
+import java.time.LocalDate;
+import java.time.LocalDateTime;
+import java.time.LocalTime;
+import java.util.ArrayList;
+import java.util.HashMap;
+import java.util.List;
+import java.util.Map;
+import java.util.Timer;
+import java.util.TimerTask;
+
+/**
+ * The Java half of the Access provider. The native side calls these static
+ * methods through JNI and exchanges values as byte arrays in one small
+ * format (see Wire), so that a batch of rows crosses in one call.
+ *
+ * The JDBC driver copies a whole file into an in-memory mirror when the
+ * first connection to it opens, and drops the mirror when the last one
+ * closes. Statements arrive one connection each, so every file in use gets
+ * a keeper: one extra connection that holds the mirror between statements
+ * and is closed after a quiet spell, when the file is dropped or created
+ * again, or when another file has taken its place at the same path.
+ */
+public final class JetBridge {
+    private JetBridge() {}
+
+    /** How long a mirror outlives the last statement on its file. */
+    static final long IDLE_MILLIS = 120_000L;
+
+    private static final Map<String, Keeper> KEEPERS = new HashMap<>();
+    private static final Map<String, Integer> OPEN_LINKS = new HashMap<>();
+    private static final Timer IDLE_TIMER = new Timer("zolsdk-jet-idle", true);
+
+    private static final class Keeper {
+        Connection connection;
+        Object fileKey;
+        long lastUse;
+    }
+
+    private static String url(String path) {
+        // The driver releases a mirror as soon as its last connection closes;
+        // the keeper decides how long that takes.
+        return "jdbc:ucanaccess://" + path + ";immediatelyReleaseResources=true;newDatabaseVersion=V2000";
+    }
+
+    private static String canonical(String path) {
+        try {
+            return new File(path).getCanonicalPath();
+        } catch (IOException e) {
+            return new File(path).getAbsolutePath();
+        }
+    }
+
+    private static Object fileKey(String path) {
+        try {
+            BasicFileAttributes a = Files.readAttributes(Path.of(path), BasicFileAttributes.class);
+            Object key = a.fileKey();
+            return key != null ? key : a.creationTime();
+        } catch (IOException e) {
+            return null;
+        }
+    }
+
+    private static void closeQuietly(Connection c) {
+        if (c == null) return;
+        try {
+            c.close();
+        } catch (SQLException ignored) {
+            // The mirror is being dropped either way.
+        }
+    }
+
+    /** Opens a connection to the file; a keeper holds its mirror from now on. */
+    public static Link open(String path, String password) throws Exception {
+        String key = canonical(path);
+        synchronized (KEEPERS) {
+            Keeper k = KEEPERS.get(key);
+            Object current = fileKey(key);
+            if (k != null && (current == null || !current.equals(k.fileKey))) {
+                // Another file stands at the path now (or none does): the kept
+                // mirror shows the old one.
+                KEEPERS.remove(key);
+                closeQuietly(k.connection);
+                k = null;
+            }
+            Connection c = DriverManager.getConnection(url(key), "", password == null ? "" : password);
+            if (k == null) {
+                try {
+                    k = new Keeper();
+                    k.connection = DriverManager.getConnection(url(key), "", password == null ? "" : password);
+                    k.fileKey = current;
+                    KEEPERS.put(key, k);
+                    scheduleIdleCheck(key);
+                } catch (SQLException e) {
+                    // Statements still work, only slower: each one reloads the file.
+                }
+            }
+            if (k != null) k.lastUse = System.currentTimeMillis();
+            OPEN_LINKS.merge(key, 1, Integer::sum);
+            return new Link(key, c);
+        }
+    }
+
+    private static void scheduleIdleCheck(String key) {
+        IDLE_TIMER.schedule(new TimerTask() {
+            @Override
+            public void run() {
+                synchronized (KEEPERS) {
+                    Keeper k = KEEPERS.get(key);
+                    if (k == null) return;
+                    long idle = System.currentTimeMillis() - k.lastUse;
+                    if (idle >= IDLE_MILLIS && OPEN_LINKS.getOrDefault(key, 0) == 0) {
+                        KEEPERS.remove(key);
+                        closeQuietly(k.connection);
+                    } else {
+                        scheduleIdleCheck(key);
+                    }
+                }
+            }
+        }, IDLE_MILLIS);
+    }
+
+    /** Drops the kept mirror of a file, so that the next open reads the file afresh. */
+    public static void release(String path) {
+        String key = canonical(path);
+        synchronized (KEEPERS) {
+            Keeper k = KEEPERS.remove(key);
+            if (k != null) closeQuietly(k.connection);
+        }
+    }
+
+    /** True while a connection of this process (not a keeper) has the file open. */
+    public static boolean inUse(String path) {
+        synchronized (KEEPERS) {
+            return OPEN_LINKS.getOrDefault(canonical(path), 0) > 0;
+        }
+    }
+
+    /** Makes a new, empty Access 2000 (Jet 4) file; fails if the path is taken. */
+    public static void create(String path) throws Exception {
+        File f = new File(path);
+        if (f.exists()) throw new IOException("Database already exists: " + path);
+        release(path);
+        Database db = DatabaseBuilder.create(Database.FileFormat.V2000, f);
+        db.close();
+    }
+
+    /** The parts of a failure the native side reports: SQL state, native code, text. */
+    public static String[] describe(Throwable t) {
+        String state = "";
+        int code = 0;
+        for (Throwable c = t; c != null; c = c.getCause()) {
+            if (c instanceof SQLException) {
+                SQLException s = (SQLException) c;
+                if (state.isEmpty() && s.getSQLState() != null) state = s.getSQLState();
+                if (code == 0) code = s.getErrorCode();
+            }
+        }
+        String text = t.getMessage();
+        if (text == null || text.isEmpty()) {
+            text = t.getClass().getSimpleName();
+            if (t.getCause() != null && t.getCause().getMessage() != null) text += ": " + t.getCause().getMessage();
+        }
+        // The driver puts its name and version in front of every message.
+        text = text.replaceFirst("^UCAExc:::[0-9.]+ ", "");
+        return new String[] {state, Integer.toString(code), text};
+    }
+
+    /** One open connection of the native side. */
+    public static final class Link {
+        private final String key;
+        private Connection connection;
+
+        Link(String key, Connection connection) {
+            this.key = key;
+            this.connection = connection;
+        }
+
+        private Database database() throws SQLException {
+            try {
+                return ((net.ucanaccess.jdbc.UcanaccessConnection) connection).getDbIO();
+            } catch (ClassCastException e) {
+                throw new SQLException("the connection gives no access to the file's tables", e);
+            }
+        }
+
+        public void close() {
+            if (connection == null) return;
+            closeQuietly(connection);
+            connection = null;
+            synchronized (KEEPERS) {
+                OPEN_LINKS.merge(key, -1, Integer::sum);
+                if (OPEN_LINKS.get(key) <= 0) OPEN_LINKS.remove(key);
+                Keeper k = KEEPERS.get(key);
+                if (k != null) k.lastUse = System.currentTimeMillis();
+            }
+        }
+
+        /** Runs a statement; params is null or a Wire list of values for the "?" marks. */
+        public Result execute(String sql, byte[] params) throws Exception {
+            if (params == null) {
+                Statement st = connection.createStatement();
+                try {
+                    boolean rows = st.execute(sql);
+                    return new Result(this, st, rows ? st.getResultSet() : null, rows ? -1 : st.getUpdateCount());
+                } catch (Exception e) {
+                    st.close();
+                    throw e;
+                }
+            }
+            PreparedStatement ps = connection.prepareStatement(sql);
+            try {
+                Wire.bind(ps, params);
+                boolean rows = ps.execute();
+                return new Result(this, ps, rows ? ps.getResultSet() : null, rows ? -1 : ps.getUpdateCount());
+            } catch (Exception e) {
+                ps.close();
+                throw e;
+            }
+        }
+
+        /** An index made in the file itself: the driver would store every column ascending. */
+        public void createIndex(String table, String name, boolean unique, String[] columns, boolean[] ascending)
+                throws Exception {
+            Table t = table(table);
+            IndexBuilder b = new IndexBuilder(name);
+            for (int i = 0; i < columns.length; i++) b.withColumns(ascending[i], column(t, columns[i]).getName());
+            if (unique) b.withUnique();
+            b.addToTable(t);
+        }
+
+        /** The type of a column as "TYPE:length:precision:scale", for comparisons. */
+        public String columnType(String table, String column) throws Exception {
+            Column c = column(table(table), column);
+            return c.getType().name() + ":" + c.getLengthInUnits() + ":" + c.getPrecision() + ":" + c.getScale();
+        }
+
+        /** Sets whether a column must hold a value. */
+        public void setRequired(String table, String column, boolean required) throws Exception {
+            Column c = column(table(table), column);
+            PropertyMap p = c.getProperties();
+            p.put(PropertyMap.REQUIRED_PROP, required);
+            p.save();
+        }
+
+        private Table table(String name) throws Exception {
+            Table t = database().getTable(name);
+            if (t == null) throw new SQLException("no table named " + name + " in the file", "42S02", -5501);
+            return t;
+        }
+
+        private static Column column(Table t, String name) throws SQLException {
+            for (Column c : t.getColumns())
+                if (c.getName().equalsIgnoreCase(name)) return c;
+            throw new SQLException("no column named " + name + " in table " + t.getName(), "42S22", -5501);
+        }
+
+        // ---- schema facts from the file's own catalog ---------------------------
+
+        /** Rows of (name, kind, created, modified): kind TABLE, SYSTEM TABLE or VIEW. */
+        public byte[] tables() throws Exception {
+            Database db = database();
+            Wire.Table out = new Wire.Table(4);
+            for (String name : db.getTableNames()) {
+                Table t = db.getTable(name);
+                out.row(name, "TABLE", t.getCreatedDate(), t.getUpdatedDate());
+            }
+            for (String name : db.getSystemTableNames()) out.row(name, "SYSTEM TABLE", null, null);
+            for (Query q : db.getQueries())
+                if (q.getType() == Query.Type.SELECT && !q.isHidden()) out.row(q.getName(), "VIEW", null, null);
+            return out.bytes();
+        }
+
+        private List<Table> userTables(String only) throws Exception {
+            Database db = database();
+            List<Table> list = new ArrayList<>();
+            for (String name : db.getTableNames()) {
+                if (only != null && !only.isEmpty() && !only.equalsIgnoreCase(name)) continue;
+                list.add(db.getTable(name));
+            }
+            return list;
+        }
+
+        /**
+         * Rows of (table, column, ordinal, type, length, precision, scale,
+         * autonumber, hyperlink, required, default).
+         */
+        public byte[] columns(String only) throws Exception {
+            Wire.Table out = new Wire.Table(11);
+            for (Table t : userTables(only)) {
+                int ordinal = 0;
+                for (Column c : t.getColumns()) {
+                    PropertyMap p = c.getProperties();
+                    Object required = p.getValue(PropertyMap.REQUIRED_PROP);
+                    Object def = p.getValue(PropertyMap.DEFAULT_VALUE_PROP);
+                    out.row(t.getName(), c.getName(), ++ordinal, c.getType().name(), (int) c.getLengthInUnits(),
+                            (int) c.getPrecision(), (int) c.getScale(), c.isAutoNumber(), c.isHyperlink(),
+                            Boolean.TRUE.equals(required), def == null ? null : def.toString());
+                }
+            }
+            return out.bytes();
+        }
+
+        /** Rows of (table, index, primary, unique, ignore nulls, ordinal, column, ascending). */
+        public byte[] indexes(String only) throws Exception {
+            Wire.Table out = new Wire.Table(8);
+            for (Table t : userTables(only)) {
+                for (Index ix : t.getIndexes()) {
+                    // The one side of a relationship shows as an index named with a
+                    // leading dot that shares the key's entries; it is no index of its own.
+                    if (ix.getName().startsWith(".")) continue;
+                    int ordinal = 0;
+                    for (Index.Column ic : ix.getColumns())
+                        out.row(t.getName(), ix.getName(), ix.isPrimaryKey(), ix.isUnique(), ix.shouldIgnoreNulls(),
+                                ++ordinal, ic.getName(), ic.isAscending());
+                }
+            }
+            return out.bytes();
+        }
+
+        /**
+         * Rows of (name, pk table, pk column, fk table, fk column, ordinal,
+         * cascade updates, cascade deletes, set null on delete, pk index).
+         */
+        public byte[] relationships() throws Exception {
+            Wire.Table out = new Wire.Table(10);
+            for (Relationship r : database().getRelationships()) {
+                if (!r.hasReferentialIntegrity()) continue;
+                Table pk = r.getFromTable();
+                Index pkIndex = pk.getPrimaryKeyIndex();
+                List<Column> from = r.getFromColumns();
+                List<Column> to = r.getToColumns();
+                for (int i = 0; i < from.size() && i < to.size(); i++)
+                    out.row(r.getName(), pk.getName(), from.get(i).getName(), r.getToTable().getName(), to.get(i).getName(),
+                            i + 1, r.cascadeUpdates(), r.cascadeDeletes(), r.cascadeNullOnDelete(),
+                            pkIndex == null ? null : pkIndex.getName());
+            }
+            return out.bytes();
+        }
+    }
+
+    /** The rows of one statement, or its count of rows touched. */
+    public static final class Result {
+        private final Link link;
+        private final Statement statement;
+        private ResultSet rows;
+        private final long count;
+        private int columnCount;
+
+        Result(Link link, Statement statement, ResultSet rows, long count) throws SQLException {
+            this.link = link;
+            this.statement = statement;
+            this.rows = rows;
+            this.count = count;
+            if (rows == null) statement.close();
+            else columnCount = rows.getMetaData().getColumnCount();
+        }
+
+        public long count() {
+            return count;
+        }
+
+        public boolean hasRows() {
+            return rows != null;
+        }
+
+        /**
+         * The result's columns: a count, then for each its name, the file's
+         * type name (or "" for a computed column), the SQL type number,
+         * length, precision, scale and the hyperlink flag.
+         */
+        public byte[] columns() throws Exception {
+            Wire.Out w = new Wire.Out();
+            w.out.writeInt(columnCount);
+            ResultSetMetaData md = rows.getMetaData();
+            Map<String, Table> tables = new HashMap<>();
+            Database found = null;
+            try {
+                found = link.database();
+            } catch (SQLException e) {
+                // Without the file's catalog every column is described by the driver alone.
+            }
+            final Database db = found;
+            for (int i = 1; i <= columnCount; i++) {
+                String label = md.getColumnLabel(i);
+                String name = md.getColumnName(i);
+                String tableName = md.getTableName(i);
+                Column c = null;
+                if (db != null && tableName != null && !tableName.isEmpty() && name != null) {
+                    Table t = tables.computeIfAbsent(tableName, n -> {
+                        try {
+                            return db.getTable(n);
+                        } catch (IOException e) {
+                            return null;
+                        }
+                    });
+                    if (t != null) {
+                        for (Column each : t.getColumns())
+                            if (each.getName().equalsIgnoreCase(name)) c = each;
+                    }
+                }
+                w.string(label != null && !label.isEmpty() ? label : name);
+                if (c != null) {
+                    w.string(c.getType().name());
+                    w.out.writeInt(md.getColumnType(i));
+                    w.out.writeInt(c.getLengthInUnits());
+                    w.out.writeInt(c.getPrecision());
+                    w.out.writeInt(c.getScale());
+                    w.out.writeBoolean(c.isHyperlink());
+                } else {
+                    w.string("");
+                    w.out.writeInt(md.getColumnType(i));
+                    w.out.writeInt(Math.max(0, Math.min(Integer.MAX_VALUE, md.getColumnDisplaySize(i))));
+                    w.out.writeInt(md.getPrecision(i));
+                    w.out.writeInt(md.getScale(i));
+                    w.out.writeBoolean(false);
+                }
+            }
+            return w.bytes();
+        }
+
+        /** Up to `max` rows as a Wire table; a count of 0 means the end. */
+        public byte[] fetch(int max) throws Exception {
+            Wire.Out w = new Wire.Out();
+            List<Object[]> batch = new ArrayList<>();
+            while (rows != null && batch.size() < max) {
+                if (!rows.next()) {
+                    close();
+                    break;
+                }
+                Object[] row = new Object[columnCount];
+                for (int i = 0; i < columnCount; i++) row[i] = rows.getObject(i + 1);
+                batch.add(row);
+            }
+            w.out.writeInt(batch.size());
+            for (Object[] row : batch)
+                for (Object v : row) w.value(v);
+            return w.bytes();
+        }
+
+        public void close() {
+            try {
+                if (rows != null) rows.close();
+            } catch (SQLException ignored) {
+                // Closing what is finished.
+            }
+            rows = null;
+            try {
+                statement.close();
+            } catch (SQLException ignored) {
+                // Closing what is finished.
+            }
+        }
+    }
+
+    /**
+     * The exchange format, big-endian: a value is a tag byte and its payload.
+     * N null (payload: the SQL type number), Z boolean, I int, J long,
+     * F float, D double, S text (count of UTF-16 units, then the units),
+     * X bytes (count, then the bytes), M decimal as plain text,
+     * T date and time (year int, month, day, hour, minute, second bytes, nanos int).
+     */
+    static final class Wire {
+        static final class Out {
+            final ByteArrayOutputStream buffer = new ByteArrayOutputStream();
+            final DataOutputStream out = new DataOutputStream(buffer);
+
+            void string(String s) throws IOException {
+                out.writeInt(s.length());
+                out.writeChars(s);
+            }
+
+            void stamp(LocalDateTime t) throws IOException {
+                out.writeByte('T');
+                out.writeInt(t.getYear());
+                out.writeByte(t.getMonthValue());
+                out.writeByte(t.getDayOfMonth());
+                out.writeByte(t.getHour());
+                out.writeByte(t.getMinute());
+                out.writeByte(t.getSecond());
+                out.writeInt(t.getNano());
+            }
+
+            void value(Object v) throws Exception {
+                if (v == null) {
+                    out.writeByte('N');
+                    out.writeInt(Types.NULL);
+                } else if (v instanceof Boolean) {
+                    out.writeByte('Z');
+                    out.writeBoolean((Boolean) v);
+                } else if (v instanceof Integer || v instanceof Short || v instanceof Byte) {
+                    out.writeByte('I');
+                    out.writeInt(((Number) v).intValue());
+                } else if (v instanceof Long) {
+                    out.writeByte('J');
+                    out.writeLong((Long) v);
+                } else if (v instanceof Float) {
+                    out.writeByte('F');
+                    out.writeInt(Float.floatToIntBits((Float) v));
+                } else if (v instanceof Double) {
+                    out.writeByte('D');
+                    out.writeLong(Double.doubleToLongBits((Double) v));
+                } else if (v instanceof BigDecimal) {
+                    out.writeByte('M');
+                    string(((BigDecimal) v).toPlainString());
+                } else if (v instanceof Timestamp) {
+                    stamp(((Timestamp) v).toLocalDateTime());
+                } else if (v instanceof LocalDateTime) {
+                    stamp((LocalDateTime) v);
+                } else if (v instanceof java.sql.Date) {
+                    stamp(((java.sql.Date) v).toLocalDate().atStartOfDay());
+                } else if (v instanceof LocalDate) {
+                    stamp(((LocalDate) v).atStartOfDay());
+                } else if (v instanceof java.sql.Time) {
+                    stamp(LocalDate.of(1899, 12, 30).atTime(((java.sql.Time) v).toLocalTime()));
+                } else if (v instanceof LocalTime) {
+                    stamp(LocalDate.of(1899, 12, 30).atTime((LocalTime) v));
+                } else if (v instanceof byte[]) {
+                    byte[] b = (byte[]) v;
+                    out.writeByte('X');
+                    out.writeInt(b.length);
+                    out.write(b);
+                } else if (v instanceof Blob) {
+                    Blob b = (Blob) v;
+                    long n = b.length();
+                    byte[] bytes = n == 0 ? new byte[0] : b.getBytes(1, (int) n);
+                    out.writeByte('X');
+                    out.writeInt(bytes.length);
+                    out.write(bytes);
+                } else if (v instanceof Clob) {
+                    Clob c = (Clob) v;
+                    out.writeByte('S');
+                    string(c.getSubString(1, (int) c.length()));
+                } else if (v instanceof Number) {
+                    out.writeByte('D');
+                    out.writeLong(Double.doubleToLongBits(((Number) v).doubleValue()));
+                } else {
+                    out.writeByte('S');
+                    string(v.toString());
+                }
+            }
+
+            byte[] bytes() throws IOException {
+                out.flush();
+                return buffer.toByteArray();
+            }
+        }
+
+        /** A table of values with a fixed number of columns: row count, then the cells. */
+        static final class Table {
+            private final int width;
+            private final List<Object[]> rows = new ArrayList<>();
+
+            Table(int width) {
+                this.width = width;
+            }
+
+            void row(Object... cells) {
+                if (cells.length != width) throw new IllegalArgumentException("row width");
+                rows.add(cells);
+            }
+
+            byte[] bytes() throws Exception {
+                Out w = new Out();
+                w.out.writeInt(rows.size());
+                w.out.writeInt(width);
+                for (Object[] r : rows)
+                    for (Object v : r) w.value(v);
+                return w.bytes();
+            }
+        }
+
+        private static String readString(DataInputStream in) throws IOException {
+            int n = in.readInt();
+            char[] chars = new char[n];
+            for (int i = 0; i < n; i++) chars[i] = in.readChar();
+            return new String(chars);
+        }
+
+        /** Binds a Wire list (count, then values) to the statement's marks in order. */
+        static void bind(PreparedStatement ps, byte[] params) throws Exception {
+            DataInputStream in = new DataInputStream(new java.io.ByteArrayInputStream(params));
+            int n = in.readInt();
+            for (int i = 1; i <= n; i++) {
+                byte tag = in.readByte();
+                switch (tag) {
+                    case 'N':
+                        ps.setNull(i, in.readInt());
+                        break;
+                    case 'Z':
+                        ps.setBoolean(i, in.readBoolean());
+                        break;
+                    case 'I':
+                        ps.setInt(i, in.readInt());
+                        break;
+                    case 'J':
+                        ps.setLong(i, in.readLong());
+                        break;
+                    case 'F':
+                        ps.setFloat(i, Float.intBitsToFloat(in.readInt()));
+                        break;
+                    case 'D':
+                        ps.setDouble(i, Double.longBitsToDouble(in.readLong()));
+                        break;
+                    case 'S':
+                        ps.setString(i, readString(in));
+                        break;
+                    case 'M':
+                        ps.setBigDecimal(i, new BigDecimal(readString(in)));
+                        break;
+                    case 'X': {
+                        byte[] b = new byte[in.readInt()];
+                        in.readFully(b);
+                        ps.setBytes(i, b);
+                        break;
+                    }
+                    case 'T': {
+                        int year = in.readInt();
+                        int month = in.readByte();
+                        int day = in.readByte();
+                        int hour = in.readByte();
+                        int minute = in.readByte();
+                        int second = in.readByte();
+                        int nanos = in.readInt();
+                        ps.setTimestamp(i, Timestamp.valueOf(LocalDateTime.of(year, month, day, hour, minute, second, nanos)));
+                        break;
+                    }
+                    default:
+                        throw new SQLException("unknown parameter kind " + (char) tag, "07006", 0);
+                }
+            }
+        }
+    }
+}
