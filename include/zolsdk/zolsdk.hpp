@@ -41,3 +41,4 @@
 // Mapping.
 #include "zolsdk/mapping/column_map.hpp"
 #include "zolsdk/mapping/map_expression.hpp"
+#include "zolsdk/support/encrypt.hpp"

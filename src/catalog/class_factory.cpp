@@ -12,6 +12,7 @@
 #include "zolsdk/schema/column.hpp"
 #include "zolsdk/schema/index.hpp"
 #include "zolsdk/schema/table.hpp"
+#include "zolsdk/support/encrypt.hpp"
 
 namespace zolsdk {
 
@@ -40,6 +41,7 @@ const std::vector<std::pair<const char16_t*, Maker>>& Registry() {
         Entry<DbColumnMap>(u"DbColumnMap"), Entry<DbMap>(u"DbMap"),
         Entry<DbMapExpression>(u"DbMapExpression"), Entry<DbMapVariable>(u"DbMapVariable"),
         Entry<DbMapVariables>(u"DbMapVariables"), Entry<DbMapExpressions>(u"DbMapExpressions"),
+        Entry<dbEncrypt>(u"dbEncrypt"),
     };
     return r;
 }

@@ -11,6 +11,8 @@
 #include <cstring>
 
 #include "platform/ado/backend.hpp"
+#include "platform/ado/sqlserver/odbc_catalog.hpp"
+#include "platform/ado/sqlserver/sqlserver_schema.hpp"
 #include "zolsdk/platform/datetime.hpp"
 #include "zolsdk/platform/decimal.hpp"
 
@@ -412,6 +414,7 @@ public:
             SQLLEN count = -1;
             SQLRowCount(stmt, &count);
             affected = rc == SQL_NO_DATA ? 0 : static_cast<int64_t>(count);
+            if (rc != SQL_NO_DATA && ncols <= 0 && IsSqlServer()) ncols = SkipCountsToRows(stmt);
             if (ncols <= 0) {
                 SQLFreeHandle(SQL_HANDLE_STMT, stmt);
                 return nullptr;
@@ -429,13 +432,108 @@ public:
         String dbms = LCase(dbmsName_);
         if (dbms.find(u"mysql") != String::npos || dbms.find(u"mariadb") != String::npos)
             return MySqlOpenSchema(*this, schema, criteria);
+        if (IsSqlServer()) return SqlServerOpenSchema(*this, schema, criteria);
         RaisePlatformFrom(adErrFeatureNotAvailable, kConnectionSource,
                           u"Object or provider is not capable of performing requested operation.");
+    }
+
+    const String& DbmsName() const { return dbmsName_; }
+
+    // One of the driver's catalog calls as a cursor.
+    std::unique_ptr<Cursor> Catalog(OdbcCatalogCall call, const std::vector<String>& args) {
+        std::unique_lock<std::mutex> g(link_->lock);
+        if (!link_->open) throw ProviderFailure({{0, u"08003", u"[Driver Manager]Connection not open"}});
+        // Pattern arguments are meant literally: escape the wildcards with
+        // the driver's own escape character.
+        String escape = InfoText(SQL_SEARCH_PATTERN_ESCAPE);
+        std::vector<String> a(args);
+        a.resize(6);
+        // No catalog means the connection's current database (drivers
+        // differ: some read a null catalog as "every database").
+        String current = CurrentCatalog();
+        if (a[0].empty()) a[0] = current;
+        if (call == OdbcCatalogCall::ForeignKeys && a[3].empty()) a[3] = current;
+        auto literal = [&](String& v) {
+            if (escape.empty() || v.empty()) return;
+            String out;
+            for (char16_t c : v) {
+                if (c == u'_' || c == u'%' || c == escape[0]) out += escape[0];
+                out += c;
+            }
+            v = std::move(out);
+        };
+        if (call == OdbcCatalogCall::Tables || call == OdbcCatalogCall::Columns) {
+            literal(a[1]);
+            literal(a[2]);
+            if (call == OdbcCatalogCall::Columns) literal(a[3]);
+        }
+        auto arg = [&](size_t i) -> SQLWCHAR* { return a[i].empty() ? nullptr : const_cast<SQLWCHAR*>(W(a[i])); };
+        auto len = [&](size_t i) -> SQLSMALLINT { return a[i].empty() ? 0 : static_cast<SQLSMALLINT>(a[i].size()); };
+        SQLHSTMT stmt = SQL_NULL_HSTMT;
+        if (!SQL_SUCCEEDED(SQLAllocHandle(SQL_HANDLE_STMT, link_->dbc, &stmt))) ThrowDiag(SQL_HANDLE_DBC, link_->dbc);
+        try {
+            SQLRETURN rc = SQL_ERROR;
+            switch (call) {
+            case OdbcCatalogCall::Tables:
+                rc = SQLTablesW(stmt, arg(0), len(0), arg(1), len(1), arg(2), len(2), arg(3), len(3));
+                break;
+            case OdbcCatalogCall::Columns:
+                rc = SQLColumnsW(stmt, arg(0), len(0), arg(1), len(1), arg(2), len(2), arg(3), len(3));
+                break;
+            case OdbcCatalogCall::Statistics:
+                rc = SQLStatisticsW(stmt, arg(0), len(0), arg(1), len(1), arg(2), len(2), SQL_INDEX_ALL, SQL_QUICK);
+                break;
+            case OdbcCatalogCall::PrimaryKeys:
+                rc = SQLPrimaryKeysW(stmt, arg(0), len(0), arg(1), len(1), arg(2), len(2));
+                break;
+            case OdbcCatalogCall::ForeignKeys:
+                rc = SQLForeignKeysW(stmt, arg(0), len(0), arg(1), len(1), arg(2), len(2), arg(3), len(3), arg(4), len(4),
+                                     arg(5), len(5));
+                break;
+            }
+            if (!SQL_SUCCEEDED(rc)) ThrowDiag(SQL_HANDLE_STMT, stmt);
+            SQLSMALLINT ncols = 0;
+            if (!SQL_SUCCEEDED(SQLNumResultCols(stmt, &ncols))) ThrowDiag(SQL_HANDLE_STMT, stmt);
+            std::vector<ColumnInfo> cols = Describe(stmt, ncols);
+            g.unlock();
+            return std::make_unique<OdbcCursor>(link_, stmt, std::move(cols));
+        } catch (...) {
+            SQLFreeHandle(SQL_HANDLE_STMT, stmt);
+            throw;
+        }
     }
 
 private:
     std::shared_ptr<Link> link_;
     String dbmsName_;
+
+    // The connection's current database; the caller holds the lock.
+    String CurrentCatalog() {
+        String buf(256, u'\0');
+        SQLINTEGER len = 0;
+        if (!SQL_SUCCEEDED(SQLGetConnectAttrW(link_->dbc, SQL_ATTR_CURRENT_CATALOG, W(buf),
+                                              static_cast<SQLINTEGER>(buf.size() * sizeof(SQLWCHAR)), &len)))
+            return {};
+        buf.resize(std::min<size_t>(static_cast<size_t>(std::max<SQLINTEGER>(len, 0)) / sizeof(SQLWCHAR), buf.size()));
+        return buf;
+    }
+
+    bool IsSqlServer() const { return LCase(dbmsName_).find(u"sql server") != String::npos; }
+
+    // A statement of SQL Server may answer with row counts (of statements
+    // inside a procedure, say) before the rows it was asked for: move past
+    // them to the first result that has columns. Refusals on the way are
+    // raised, not lost. Answers the number of columns found (0 for none).
+    static SQLSMALLINT SkipCountsToRows(SQLHSTMT stmt) {
+        for (;;) {
+            SQLRETURN rc = SQLMoreResults(stmt);
+            if (rc == SQL_NO_DATA) return 0;
+            if (!SQL_SUCCEEDED(rc)) ThrowDiag(SQL_HANDLE_STMT, stmt);
+            SQLSMALLINT ncols = 0;
+            if (!SQL_SUCCEEDED(SQLNumResultCols(stmt, &ncols))) ThrowDiag(SQL_HANDLE_STMT, stmt);
+            if (ncols > 0) return ncols;
+        }
+    }
 
     String InfoText(SQLUSMALLINT what) {
         String buf(256, u'\0');
@@ -476,5 +574,21 @@ private:
 } // namespace
 
 std::shared_ptr<Backend> MakeOdbcBackend() { return std::make_shared<OdbcBackend>(); }
+
+namespace {
+OdbcBackend& AsOdbc(Backend& b) {
+    auto* odbc = dynamic_cast<OdbcBackend*>(&b);
+    if (!odbc)
+        RaisePlatformFrom(adErrFeatureNotAvailable, kConnectionSource,
+                          u"Object or provider is not capable of performing requested operation.");
+    return *odbc;
+}
+} // namespace
+
+std::unique_ptr<Cursor> OdbcCatalog(Backend& odbc, OdbcCatalogCall call, const std::vector<String>& arguments) {
+    return AsOdbc(odbc).Catalog(call, arguments);
+}
+
+String OdbcDbmsName(Backend& odbc) { return AsOdbc(odbc).DbmsName(); }
 
 } // namespace zolsdk::ado::detail

@@ -1,0 +1,41 @@
+// The SQL Server provider: the OLE DB connection text is translated for the
+// FreeTDS ODBC driver, statements run on the ODBC backend, and schema
+// rowsets come from the driver's catalog calls.
+#include "platform/ado/sqlserver/freetds_text.hpp"
+#include "platform/ado/sqlserver/sqlserver_schema.hpp"
+
+namespace zolsdk::ado::detail {
+
+namespace {
+
+class SqlServerBackend final : public Backend {
+public:
+    SqlServerBackend() : odbc_(MakeOdbcBackend()) {}
+
+    void Open(const String& connectionText, int32_t loginTimeout) override {
+        FreeTdsConnection c = TranslateToFreeTds(connectionText);
+        try {
+            odbc_->Open(c.text, c.loginTimeout >= 0 ? c.loginTimeout : loginTimeout);
+        } catch (const ProviderFailure& refusal) {
+            throw ExplainConnectRefusal(refusal, c);
+        }
+    }
+    void Close() override { odbc_->Close(); }
+    bool IsOpen() const override { return odbc_->IsOpen(); }
+    std::unique_ptr<Cursor> Execute(const String& sql, const std::vector<Ref<Parameter>>& params, int64_t& affected,
+                                    int32_t timeout) override {
+        return odbc_->Execute(sql, params, affected, timeout);
+    }
+    Ref<Recordset> OpenSchema(int32_t schema, const std::vector<Variant>& criteria) override {
+        return SqlServerOpenSchema(*odbc_, schema, criteria);
+    }
+
+private:
+    std::shared_ptr<Backend> odbc_;
+};
+
+} // namespace
+
+std::shared_ptr<Backend> MakeSqlServerBackend() { return std::make_shared<SqlServerBackend>(); }
+
+} // namespace zolsdk::ado::detail
