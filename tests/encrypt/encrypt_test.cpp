@@ -65,7 +65,9 @@ TEST(Encryption, RoundTripsAndWhatTheKeyDependsOn) {
         EXPECT_EQ(e.Decrypt(built_in), t);
         String own = e.EncryptEx(t, u"iv text", u"my key phrase");
         EXPECT_EQ(e.DecryptEx(own, u"iv text", u"my key phrase"), t);
-        if (!t.empty()) EXPECT_NE(own, built_in);
+        if (!t.empty()) {
+            EXPECT_NE(own, built_in);
+        }
         // Whole blocks (a full block of padding when the text fills its
         // last one), written as Base64 on one line.
         size_t cipherBytes = 16 * (ToUtf8(t).size() / 16 + 1);

@@ -2,6 +2,7 @@
 // library, port and login choice, and their translation for the driver.
 #include "mssql_support.hpp"
 #include "platform/ado/sqlserver/freetds_text.hpp"
+#include "platform/ado/sqlserver/tsql_marks.hpp"
 
 namespace zolsdk::mssqltest {
 namespace {
@@ -206,6 +207,19 @@ TEST(MsSqlConnectionText, DriverRefusalsSayWhatToCheck) {
     ProviderFailure same = ado::detail::ExplainConnectRefusal(login, tcp);
     ASSERT_EQ(same.Errors().size(), 1u);
     EXPECT_EQ(same.Description(), u"Login failed for user 'sa'.");
+}
+
+TEST(MsSqlConnectionText, ParameterMarksAreCountedByTheServersQuoting) {
+    using ado::detail::CountTSqlParameterMarks;
+    EXPECT_EQ(CountTSqlParameterMarks(u"SELECT ? FROM t WHERE a = 'it''s ?' AND b = ?"), 2);
+    // A back-slash ends nothing and escapes nothing.
+    EXPECT_EQ(CountTSqlParameterMarks(u"WHERE p = 'C:\\' AND q = ?"), 1);
+    EXPECT_EQ(CountTSqlParameterMarks(u"[odd?name] = ? AND \"x?y\" = ? AND [a]]?b] = ?"), 3);
+    // "#" names a temporary table; a back-quote is no quote.
+    EXPECT_EQ(CountTSqlParameterMarks(u"INSERT INTO #tmp VALUES (?, `?`)"), 2);
+    // Block comments nest; line comments end at the line's end.
+    EXPECT_EQ(CountTSqlParameterMarks(u"/* ? /* ? */ ? */ ? -- ?\n?"), 2);
+    EXPECT_EQ(CountTSqlParameterMarks(u"'unclosed ?"), 0);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 // rowsets come from the driver's catalog calls.
 #include "platform/ado/sqlserver/freetds_text.hpp"
 #include "platform/ado/sqlserver/sqlserver_schema.hpp"
+#include "platform/ado/sqlserver/tsql_marks.hpp"
 
 namespace zolsdk::ado::detail {
 
@@ -29,6 +30,7 @@ public:
     Ref<Recordset> OpenSchema(int32_t schema, const std::vector<Variant>& criteria) override {
         return SqlServerOpenSchema(*odbc_, schema, criteria);
     }
+    int32_t ParameterMarks(StringView sql) const override { return CountTSqlParameterMarks(sql); }
 
 private:
     std::shared_ptr<Backend> odbc_;
