@@ -138,6 +138,8 @@ void DbDataRows::Load() {
             while (m_oRS && m_oRS->State() != (adStateOpen | adStateFetching) && m_oRS->State() != adStateOpen)
                 std::this_thread::sleep_for(std::chrono::milliseconds(1));
             m_bFetching = m_oRS && m_oRS->State() == (adStateOpen | adStateFetching);
+            // Read once from first to last: what has been read need not stay.
+            if (m_oRS) m_oRS->ReleasePassedRows(true);
         } else {
             ZOL_LN; m_oRS = m_oSession->Execute(sql);
         }

@@ -280,6 +280,7 @@ void Recordset::Open() {
     rows_.clear();
     view_.clear();
     pos_ = 0; // on an empty rowset this is EOF and BOF at once
+    dropped_ = 0;
     filter_ = Variant(int32_t{0});
     sort_.clear();
 }
@@ -374,6 +375,7 @@ bool Recordset::Bof() const {
 
 void Recordset::MoveFirst() {
     RequireOpen();
+    RequireNothingDropped();
     if (view_.empty()) Pull(1);
     if (view_.empty()) RaisePlatform(err::AdoNoCurrentRecord);
     if (pendingNew_) Update();
@@ -392,7 +394,25 @@ void Recordset::MoveNext() {
     if (Eof()) RaisePlatform(err::AdoNoCurrentRecord);
     if (pendingNew_) Update();
     ++pos_;
+    if (releasePassed_) DropPassedRows();
     Pull(static_cast<size_t>(pos_) + 1);
+}
+
+void Recordset::DropPassedRows() {
+    // In batches, so that the rows ahead move down rarely.
+    constexpr long kBatch = 1024;
+    bool plain = !(filter_.IsString() && !filter_.ToString().empty()) && sort_.empty();
+    if (!plain || pos_ < kBatch || pendingNew_) return;
+    size_t n = static_cast<size_t>(pos_);
+    rows_.erase(rows_.begin(), rows_.begin() + static_cast<std::ptrdiff_t>(n));
+    view_.resize(rows_.size());
+    for (size_t i = 0; i < view_.size(); ++i) view_[i] = i;
+    dropped_ += n;
+    pos_ = 0;
+}
+
+void Recordset::RequireNothingDropped() const {
+    if (dropped_ > 0) RaisePlatform(err::AdoNoCurrentRecord, u"the rows before the cursor were released");
 }
 
 void Recordset::MovePrevious() {
@@ -404,7 +424,10 @@ void Recordset::MovePrevious() {
 void Recordset::Move(int32_t count, const Variant& start) {
     RequireOpen();
     long base = pos_;
-    if (!start.IsEmpty() && start.ToLong() == adBookmarkFirst) base = 0;
+    if (!start.IsEmpty() && start.ToLong() == adBookmarkFirst) {
+        RequireNothingDropped();
+        base = 0;
+    }
     long target = base + count;
     if (target >= 0) Pull(static_cast<size_t>(target) + 1);
     if (view_.empty()) RaisePlatform(err::AdoNoCurrentRecord);
@@ -417,12 +440,13 @@ void Recordset::Move(int32_t count, const Variant& start) {
 
 Variant Recordset::Bookmark() const {
     RequireCurrent();
-    return Variant(static_cast<double>(view_[static_cast<size_t>(pos_)] + 1));
+    return Variant(static_cast<double>(view_[static_cast<size_t>(pos_)] + dropped_ + 1));
 }
 
 void Recordset::Bookmark(const Variant& mark) {
     RequireOpen();
-    double d = mark.ToDouble();
+    double d = mark.ToDouble() - static_cast<double>(dropped_);
+    if (d < 1 && dropped_ > 0) RequireNothingDropped();
     if (d < 1 || d > static_cast<double>(rows_.size())) RaisePlatform(err::AdoArguments);
     size_t row = static_cast<size_t>(d) - 1;
     auto it = std::find(view_.begin(), view_.end(), row);

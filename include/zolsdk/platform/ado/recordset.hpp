@@ -129,6 +129,12 @@ public:
     // result is complete) and reports whether more may still come.
     using RowFeed = std::function<bool(size_t rows)>;
     void SetRowFeed(RowFeed feed, int32_t extraState);
+    // For a reader that walks once from the first row to the last while the
+    // rows stream in: rows the cursor has left behind are dropped, so memory
+    // holds what lies ahead, not the whole result. Going back to a dropped
+    // row (MoveFirst, Move from the first, an old bookmark) then fails with
+    // 3021. Has no effect under a filter or a sort.
+    void ReleasePassedRows(bool on) { releasePassed_ = on; }
     void FeedComplete();
 
 private:
@@ -141,6 +147,8 @@ private:
     std::vector<Row> rows_;
     std::vector<size_t> view_;     // indexes into rows_, in view order
     long pos_ = -1;                // cursor in view_: -1 before first, size() after last
+    bool releasePassed_ = false;
+    size_t dropped_ = 0;           // rows released from the front (bookmarks count them)
     bool open_ = false;
     bool pendingNew_ = false;
     long posBeforeNew_ = -1;       // where Cancel of a new row returns to
@@ -157,6 +165,8 @@ private:
     void RequireCurrent() const;
     void Rebuild(long keepRow);
     void Pull(size_t rows) const;
+    void DropPassedRows();
+    void RequireNothingDropped() const;
     void PullAll() const;
     size_t ViewSize() const { return view_.size(); }
     bool Matches(const Criteria& c, const Row& r) const;
