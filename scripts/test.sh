@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The whole test suite on a fresh Debian machine: packages, the local MariaDB
 # server, the build, then every test. Extra arguments go to ctest
-# (e.g. scripts/test.sh -R xml).
+# (e.g. scripts/test.sh -L xml).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
