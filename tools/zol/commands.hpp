@@ -13,6 +13,7 @@ int SchemaCommand(const Args& args, std::ostream& out);
 int CreateCommand(const Args& args, std::ostream& out);
 int DropCommand(const Args& args, std::ostream& out);
 int MigrateCommand(const Args& args, std::ostream& out);
+int DemoCommand(const Args& args, std::ostream& out);
 
 // Prints a library failure the way a person needs it: number, text and the
 // chain of routines it passed.

@@ -13,6 +13,7 @@ int Usage(std::ostream& out, int code) {
            "  zol schema ATTRS         print the tables, columns and indexes of a catalog\n"
            "  zol create ATTRS         create the database that ATTRS names\n"
            "  zol drop ATTRS           drop it\n"
+           "  zol demo [--dir DIR] [--scale N]  build a sample Access database and migrate it; no server needed\n"
            "\n"
            "ATTRS is an attribute string, for example\n"
            "  \"dbtype=msxml;dbname=shop.xml;dblocation=/tmp\"\n"

@@ -209,16 +209,36 @@ size_t RightOperand(const std::vector<Token>& t, size_t op, bool includeIntDiv) 
     return end;
 }
 
-// An operand rounded to a whole number as Jet does before dividing.
-String Whole(const String& operand) {
-    String o = Trim(operand);
-    bool plainInteger = !o.empty() && std::all_of(o.begin(), o.end(), [](char16_t c) { return IsDigit(c); });
-    if (plainInteger) return o;
-    return u"CAST(ROUND(" + o + u",0) AS BIGINT)";
+// An operand of \ or Mod: its text, and whether it is a whole number
+// already (a plain integer, or the result of \ or Mod, in parentheses or not).
+struct Operand {
+    String text;
+    bool whole = false;
+};
+
+Operand MakeOperand(const std::vector<Token>& t, size_t from, size_t to) {
+    Operand o{Trim(Join(t, from, to)), false};
+    std::vector<size_t> solid;
+    for (size_t i = from; i < to; ++i)
+        if (t[i].kind != Tok::Space) solid.push_back(i);
+    size_t a = 0, b = solid.size();
+    while (b - a >= 3 && IsPunct(t[solid[a]], u'(') && IsPunct(t[solid[b - 1]], u')')) {
+        ++a;
+        --b;
+    }
+    if (b - a == 1) {
+        const Token& only = t[solid[a]];
+        o.whole = only.kind == Tok::Group ||
+                  (only.kind == Tok::Number && std::all_of(only.text.begin(), only.text.end(), IsDigit));
+    }
+    return o;
 }
 
+// An operand rounded to a whole number as Jet rounds it before dividing.
+String Whole(const Operand& o) { return o.whole ? o.text : u"CAST(ROUND(" + o.text + u",0) AS BIGINT)"; }
+
 // Rewrites every binary operator for which `isOp` holds, left to right, with
-// `make(left, right)`.
+// `make(left, right)`; the result stands as one whole-number operand.
 template <class IsOp, class Make>
 void RewriteOperator(std::vector<Token>& t, bool includeIntDiv, IsOp isOp, Make make) {
     for (size_t i = 0; i < t.size(); ++i) {
@@ -228,8 +248,8 @@ void RewriteOperator(std::vector<Token>& t, bool includeIntDiv, IsOp isOp, Make 
         if (before == String::npos || after >= t.size() || !EndsOperand(t[before])) continue;
         size_t l = LeftOperand(t, i, includeIntDiv);
         size_t r = RightOperand(t, i, includeIntDiv);
-        String left = Join(t, l, Prev(t, i) + 1);
-        String right = Join(t, Next(t, i + 1), r + 1);
+        Operand left = MakeOperand(t, l, before + 1);
+        Operand right = MakeOperand(t, after, r + 1);
         Token merged{Tok::Group, make(left, right)};
         t.erase(t.begin() + static_cast<long>(l), t.begin() + static_cast<long>(r) + 1);
         t.insert(t.begin() + static_cast<long>(l), merged);
@@ -305,9 +325,9 @@ void TranslateDdlTypes(std::vector<Token>& t) {
 
 void TranslateOperators(std::vector<Token>& t) {
     RewriteOperator(t, false, [](const Token& k) { return IsPunct(k, u'\\'); },
-                    [](const String& l, const String& r) { return u"(" + Whole(l) + u" / " + Whole(r) + u")"; });
+                    [](const Operand& l, const Operand& r) { return u"(" + Whole(l) + u" / " + Whole(r) + u")"; });
     RewriteOperator(t, true, [](const Token& k) { return IsWord(k, u"MOD"); },
-                    [](const String& l, const String& r) { return u"MOD(" + Whole(l) + u", " + Whole(r) + u")"; });
+                    [](const Operand& l, const Operand& r) { return u"MOD(" + Whole(l) + u", " + Whole(r) + u")"; });
 }
 
 // The words of the statement that are not blank, for matching its form.
@@ -413,8 +433,7 @@ JetStatement PrepareJetStatement(StringView sql) {
         }
     }
 
-    // CREATE [UNIQUE] INDEX name ON table (columns): descending columns
-    // survive only when the index is made in the file.
+    // CREATE [UNIQUE] INDEX name ON table (columns).
     size_t k = 0;
     if (IsWord(at(k), u"CREATE")) {
         ++k;
@@ -445,12 +464,18 @@ JetStatement PrepareJetStatement(StringView sql) {
                     break;
                 }
             }
-            if (descending && wellFormed && !c.columns.empty()) return c;
+            if (wellFormed && !c.columns.empty()) {
+                c.descending = descending;
+                c.sql = TranslateJetSql(sql);
+                c.changesTables = true;
+                return c;
+            }
         }
     }
 
     JetStatement p;
     p.sql = TranslateJetSql(sql);
+    p.changesTables = IsWord(at(0), u"CREATE") || IsWord(at(0), u"ALTER") || IsWord(at(0), u"DROP");
     return p;
 }
 

@@ -6,8 +6,10 @@
 //    so column definitions are rewritten to MEMO, OLE, CURRENCY, LONG,
 //    YESNO, LONG and SINGLE;
 //  - integer division "a \ b" and infix "a mod b" are unknown to it;
-//  - it stores every index column ascending, so an index with a descending
-//    column is made in the file directly;
+//  - it stores every index column ascending, and it wants index names to
+//    be unique in the whole database where Jet wants them unique in their
+//    table: an index with a descending column, or one whose name another
+//    table uses already, is made in the file directly;
 //  - it refuses ALTER COLUMN, DROP COLUMN, DROP INDEX and DROP PRIMARY KEY:
 //    a change of NULL / NOT NULL is made in the file directly, the rest is
 //    refused with a message that says so.
@@ -21,14 +23,18 @@ namespace zolsdk::ado::detail::jet {
 struct JetStatement {
     enum class Kind {
         Plain,        // `sql` goes to the driver
-        CreateIndex,  // an index with a descending column, made in the file
+        CreateIndex,  // `sql` goes to the driver unless the index must be made in the file
         AlterColumn,  // NULL / NOT NULL of a column, set in the file
         Refused,      // cannot be done: `refusal` says why
     };
     Kind kind = Kind::Plain;
     String sql;
+    // CREATE, ALTER or DROP: the driver's mirror of the file is made afresh
+    // before the next statement that reads or writes rows.
+    bool changesTables = false;
     String table, name; // the table; the index or column
     bool unique = false;
+    bool descending = false; // a column of the index is descending
     std::vector<String> columns;
     std::vector<bool> ascending;
     // AlterColumn: the wanted type as the file names it ("TEXT:40:0:0",

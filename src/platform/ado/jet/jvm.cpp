@@ -151,7 +151,7 @@ const Bridge& Classes(JNIEnv* env) {
             c.release = Method(env, c.bridge, "release", "(Ljava/lang/String;)V", true);
             c.inUse = Method(env, c.bridge, "inUse", "(Ljava/lang/String;)Z", true);
             c.linkClose = Method(env, c.link, "close", "()V");
-            c.linkExecute = Method(env, c.link, "execute", "(Ljava/lang/String;[B)Lzolsdk/jet/JetBridge$Result;");
+            c.linkExecute = Method(env, c.link, "execute", "(Ljava/lang/String;[BZ)Lzolsdk/jet/JetBridge$Result;");
             c.linkCreateIndex =
                 Method(env, c.link, "createIndex", "(Ljava/lang/String;Ljava/lang/String;Z[Ljava/lang/String;[Z)V");
             c.linkColumnType = Method(env, c.link, "columnType", "(Ljava/lang/String;Ljava/lang/String;)Ljava/lang/String;");

@@ -60,6 +60,15 @@ public final class JetBridge {
 
     private static final Map<String, Keeper> KEEPERS = new HashMap<>();
     private static final Map<String, Integer> OPEN_LINKS = new HashMap<>();
+    /**
+     * Files whose tables changed since their mirror was made. The driver's
+     * mirror of a table that it created itself is not always what it reads
+     * back from the file (currency columns, for one, refuse values above
+     * 9999.9999 until the file is read again), and tables changed in the file
+     * directly are not in the mirror at all: the next statement that reads or
+     * writes rows has the mirror made afresh.
+     */
+    private static final java.util.Set<String> STALE = new java.util.HashSet<>();
     private static final Timer IDLE_TIMER = new Timer("zolsdk-jet-idle", true);
 
     private static final class Keeper {
@@ -104,32 +113,45 @@ public final class JetBridge {
     /** Opens a connection to the file; a keeper holds its mirror from now on. */
     public static Link open(String path, String password) throws Exception {
         String key = canonical(path);
+        String pw = password == null ? "" : password;
         synchronized (KEEPERS) {
             Keeper k = KEEPERS.get(key);
             Object current = fileKey(key);
             if (k != null && (current == null || !current.equals(k.fileKey))) {
                 // Another file stands at the path now (or none does): the kept
                 // mirror shows the old one.
-                KEEPERS.remove(key);
-                closeQuietly(k.connection);
-                k = null;
+                dropKeeper(key);
             }
-            Connection c = DriverManager.getConnection(url(key), "", password == null ? "" : password);
-            if (k == null) {
-                try {
-                    k = new Keeper();
-                    k.connection = DriverManager.getConnection(url(key), "", password == null ? "" : password);
-                    k.fileKey = current;
-                    KEEPERS.put(key, k);
-                    scheduleIdleCheck(key);
-                } catch (SQLException e) {
-                    // Statements still work, only slower: each one reloads the file.
-                }
-            }
-            if (k != null) k.lastUse = System.currentTimeMillis();
+            Connection c = DriverManager.getConnection(url(key), "", pw);
+            keep(key, pw, current);
             OPEN_LINKS.merge(key, 1, Integer::sum);
-            return new Link(key, c);
+            return new Link(key, pw, c);
         }
+    }
+
+    /** Starts a keeper for the file unless one runs; notes the use. Call under KEEPERS. */
+    private static void keep(String key, String password, Object fileKey) {
+        Keeper k = KEEPERS.get(key);
+        if (k == null) {
+            try {
+                k = new Keeper();
+                k.connection = DriverManager.getConnection(url(key), "", password);
+                k.fileKey = fileKey;
+                KEEPERS.put(key, k);
+                scheduleIdleCheck(key);
+            } catch (SQLException e) {
+                // Statements still work, only slower: each one reloads the file.
+                return;
+            }
+        }
+        k.lastUse = System.currentTimeMillis();
+    }
+
+    /** Closes the keeper of a file. Call under KEEPERS. */
+    private static void dropKeeper(String key) {
+        Keeper k = KEEPERS.remove(key);
+        if (k != null) closeQuietly(k.connection);
+        STALE.remove(key);
     }
 
     private static void scheduleIdleCheck(String key) {
@@ -155,8 +177,7 @@ public final class JetBridge {
     public static void release(String path) {
         String key = canonical(path);
         synchronized (KEEPERS) {
-            Keeper k = KEEPERS.remove(key);
-            if (k != null) closeQuietly(k.connection);
+            dropKeeper(key);
         }
     }
 
@@ -200,11 +221,37 @@ public final class JetBridge {
     /** One open connection of the native side. */
     public static final class Link {
         private final String key;
+        private final String password;
         private Connection connection;
+        private boolean closed;
 
-        Link(String key, Connection connection) {
+        Link(String key, String password, Connection connection) {
             this.key = key;
+            this.password = password;
             this.connection = connection;
+        }
+
+        private void changed() {
+            synchronized (KEEPERS) {
+                STALE.add(key);
+            }
+        }
+
+        /** Has the mirror made afresh if the tables changed and no one else holds it. */
+        private void refreshIfStale() throws SQLException {
+            synchronized (KEEPERS) {
+                if (!STALE.contains(key) || OPEN_LINKS.getOrDefault(key, 0) > 1) return;
+                Object fileKey = null;
+                Keeper k = KEEPERS.get(key);
+                if (k != null) fileKey = k.fileKey;
+                // The driver drops a mirror with its last connection; the next
+                // connection reads the file again.
+                closeQuietly(connection);
+                connection = null;
+                dropKeeper(key);
+                connection = DriverManager.getConnection(url(key), "", password);
+                keep(key, password, fileKey != null ? fileKey : fileKey(key));
+            }
         }
 
         private Database database() throws SQLException {
@@ -216,7 +263,8 @@ public final class JetBridge {
         }
 
         public void close() {
-            if (connection == null) return;
+            if (closed) return;
+            closed = true;
             closeQuietly(connection);
             connection = null;
             synchronized (KEEPERS) {
@@ -227,27 +275,35 @@ public final class JetBridge {
             }
         }
 
-        /** Runs a statement; params is null or a Wire list of values for the "?" marks. */
-        public Result execute(String sql, byte[] params) throws Exception {
+        /**
+         * Runs a statement; params is null or a Wire list of values for the
+         * "?" marks. A statement that changes tables says so.
+         */
+        public Result execute(String sql, byte[] params, boolean changesTables) throws Exception {
+            if (!changesTables) refreshIfStale();
+            Result r;
             if (params == null) {
                 Statement st = connection.createStatement();
                 try {
                     boolean rows = st.execute(sql);
-                    return new Result(this, st, rows ? st.getResultSet() : null, rows ? -1 : st.getUpdateCount());
+                    r = new Result(this, st, rows ? st.getResultSet() : null, rows ? -1 : st.getUpdateCount());
                 } catch (Exception e) {
                     st.close();
                     throw e;
                 }
+            } else {
+                PreparedStatement ps = connection.prepareStatement(sql);
+                try {
+                    Wire.bind(ps, params);
+                    boolean rows = ps.execute();
+                    r = new Result(this, ps, rows ? ps.getResultSet() : null, rows ? -1 : ps.getUpdateCount());
+                } catch (Exception e) {
+                    ps.close();
+                    throw e;
+                }
             }
-            PreparedStatement ps = connection.prepareStatement(sql);
-            try {
-                Wire.bind(ps, params);
-                boolean rows = ps.execute();
-                return new Result(this, ps, rows ? ps.getResultSet() : null, rows ? -1 : ps.getUpdateCount());
-            } catch (Exception e) {
-                ps.close();
-                throw e;
-            }
+            if (changesTables) changed();
+            return r;
         }
 
         /** An index made in the file itself: the driver would store every column ascending. */
@@ -258,6 +314,7 @@ public final class JetBridge {
             for (int i = 0; i < columns.length; i++) b.withColumns(ascending[i], column(t, columns[i]).getName());
             if (unique) b.withUnique();
             b.addToTable(t);
+            changed();
         }
 
         /** The type of a column as "TYPE:length:precision:scale", for comparisons. */
@@ -272,6 +329,7 @@ public final class JetBridge {
             PropertyMap p = c.getProperties();
             p.put(PropertyMap.REQUIRED_PROP, required);
             p.save();
+            changed();
         }
 
         private Table table(String name) throws Exception {
