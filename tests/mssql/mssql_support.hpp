@@ -71,23 +71,13 @@ public:
         scalars.push_back({u"IsFulltextEnabled", databaseEnabled ? u"1" : u"0"});
     }
 
-    using DbMsSqlDB::ActivateDeactivateFTSCatalog;
-    using DbMsSqlDB::AddToCatalog;
-    using DbMsSqlDB::BeforeStatement;
-    using DbMsSqlDB::CreateFTSCatalog;
     using DbMsSqlDB::DatabaseStatement;
-    using DbMsSqlDB::EnableDisableFTSForDB;
-    using DbMsSqlDB::FTSCatalogExists;
     using DbMsSqlDB::FTSCatalogTableExists;
-    using DbMsSqlDB::FTSTableColumnExists;
     using DbMsSqlDB::GetConnectionString;
     using DbMsSqlDB::GetFTSPopulateStatus;
-    using DbMsSqlDB::IsFTSEnabledForDB;
-    using DbMsSqlDB::IsFTSInstalledOnServer;
     using DbMsSqlDB::PopulateFTSCatalog;
     using DbMsSqlDB::SetFTSChangeTracking;
     using DbMsSqlDB::WordDatabaseFailure;
-    using StatementKind = DbMsSqlDB::StatementKind;
 
 private:
     void Record(const String& sql) {
