@@ -80,7 +80,7 @@ public final class JetBridge {
     private static String url(String path) {
         // The driver releases a mirror as soon as its last connection closes;
         // the keeper decides how long that takes.
-        return "jdbc:ucanaccess://" + path + ";immediatelyReleaseResources=true;newDatabaseVersion=V2000";
+        return "jdbc:ucanaccess://" + path + ";immediatelyReleaseResources=true";
     }
 
     private static String canonical(String path) {
@@ -101,6 +101,18 @@ public final class JetBridge {
         }
     }
 
+    /** Whether the file starts as Jet and ACE files start (the driver's own words for others are obscure). */
+    private static boolean looksLikeJet(String path) {
+        byte[] head = new byte[19];
+        try (java.io.InputStream in = new java.io.FileInputStream(path)) {
+            if (in.readNBytes(head, 0, head.length) < head.length) return false;
+        } catch (IOException e) {
+            return true; // unreadable: the driver says why
+        }
+        String magic = new String(head, 4, 15, java.nio.charset.StandardCharsets.ISO_8859_1);
+        return magic.equals("Standard Jet DB") || magic.equals("Standard ACE DB");
+    }
+
     private static void closeQuietly(Connection c) {
         if (c == null) return;
         try {
@@ -114,6 +126,10 @@ public final class JetBridge {
     public static Link open(String path, String password) throws Exception {
         String key = canonical(path);
         String pw = password == null ? "" : password;
+        // The driver would make a new database of a name that is not there;
+        // Jet opens only what exists.
+        if (!new File(key).isFile()) throw new SQLException("Could not find file '" + path + "'.", "HY000", -1811);
+        if (!looksLikeJet(key)) throw new SQLException("Unrecognized database format '" + path + "'.", "HY000", -1206);
         synchronized (KEEPERS) {
             Keeper k = KEEPERS.get(key);
             Object current = fileKey(key);
