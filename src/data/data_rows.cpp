@@ -309,6 +309,7 @@ int32_t DbDataRows::GetNext(Variant& value) {
                 ZOL_LN; InitRow(m_oRow);
                 value = Variant(m_oRow);
                 ZOL_LN; m_oRS->MoveNext();
+                m_bWalked = true;
                 ++m_lStatus;
             }
         }
@@ -320,6 +321,12 @@ int32_t DbDataRows::Reset() {
     ZOL_ROUTINE(u"DbDataRows:Reset Ln ");
     try {
         m_lStatus = -1;
+        if (m_lMode == 3 && m_bWalked) {
+            // The rows behind the last walk are gone from the rowset: the new
+            // walk starts from a new select.
+            ZOL_LN; Load();
+            m_bWalked = false;
+        }
         ZOL_LN;
         if (m_oRS && (m_oRS->State() & adStateOpen) && !(m_oRS->Eof() && m_oRS->Bof())) {
             ZOL_LN; m_oRS->MoveFirst();
@@ -336,6 +343,7 @@ int32_t DbDataRows::Skip(int32_t count) {
             int32_t steps = 0;
             while (!(m_oRS->Eof() && steps > count)) {
                 ZOL_LN; m_oRS->MoveNext();
+                m_bWalked = true;
                 ++steps;
                 ++m_lStatus;
             }

@@ -48,6 +48,8 @@ private:
     Ref<IDBSession> m_oSession;
     Ref<DbDataRow> m_oRow;
     bool m_bLoaded = false;
+    // Mode 3 lets go of the rows a walk has passed: a new walk selects again.
+    bool m_bWalked = false;
     int32_t m_lStatus = 0;
     Ref<ado::Recordset> m_oRS;
 
