@@ -6,8 +6,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 bash scripts/build.sh
-if [ -f scripts/start-mariadb.sh ]; then
-  bash scripts/start-mariadb.sh
-fi
+bash scripts/start-mariadb.sh
+bash scripts/register-freetds.sh
 cd build
 ctest --output-on-failure --timeout 900 "$@"
