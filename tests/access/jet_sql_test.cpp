@@ -39,17 +39,17 @@ TEST(JetSql, ColumnTypesAreRewrittenOnlyWhereATypeStands) {
 TEST(JetSql, IntegerDivisionAndModGetTheDriversForms) {
     // The flag tests of the criteria renderer.
     EXPECT_EQ(N(TranslateJetSql(u"SELECT * FROM [T] WHERE ([Flags]\\4) mod 2 = 4")),
-              "SELECT * FROM [T] WHERE MOD(((CAST(ROUND([Flags],0) AS BIGINT) / 4)), 2) = 4");
+              "SELECT * FROM [T] WHERE MOD(((CAST(FLOOR([Flags] + 0.5) AS BIGINT) / 4)), 2) = 4");
     EXPECT_EQ(N(TranslateJetSql(u"SELECT 7 \\ 2")), "SELECT (7 / 2)");
     // Operands bind as Jet binds them: * and / before \, \ before Mod,
     // Mod before + and -; a sign belongs to its operand.
     EXPECT_EQ(N(TranslateJetSql(u"SELECT a * b \\ c + 1")),
-              "SELECT (CAST(ROUND(a * b,0) AS BIGINT) / CAST(ROUND(c,0) AS BIGINT)) + 1");
-    EXPECT_EQ(N(TranslateJetSql(u"SELECT -x mod 3 - 1")), "SELECT MOD(CAST(ROUND(-x,0) AS BIGINT), 3) - 1");
+              "SELECT (CAST(FLOOR(a * b + 0.5) AS BIGINT) / CAST(FLOOR(c + 0.5) AS BIGINT)) + 1");
+    EXPECT_EQ(N(TranslateJetSql(u"SELECT -x mod 3 - 1")), "SELECT MOD(CAST(FLOOR(-x + 0.5) AS BIGINT), 3) - 1");
     EXPECT_EQ(N(TranslateJetSql(u"SELECT a \\ b \\ 2")),
-              "SELECT ((CAST(ROUND(a,0) AS BIGINT) / CAST(ROUND(b,0) AS BIGINT)) / 2)");
+              "SELECT ((CAST(FLOOR(a + 0.5) AS BIGINT) / CAST(FLOOR(b + 0.5) AS BIGINT)) / 2)");
     EXPECT_EQ(N(TranslateJetSql(u"SELECT Abs(t.n) mod [t].[m]")),
-              "SELECT MOD(CAST(ROUND(Abs(t.n),0) AS BIGINT), CAST(ROUND([t].[m],0) AS BIGINT))");
+              "SELECT MOD(CAST(FLOOR(Abs(t.n) + 0.5) AS BIGINT), CAST(FLOOR([t].[m] + 0.5) AS BIGINT))");
     // Inside texts, names and dates nothing changes; Mod as a function and a
     // column called mod are left alone.
     EXPECT_EQ(N(TranslateJetSql(u"SELECT 'a\\b mod c', [x\\y], #1/2/2003#, Mod(7, 2), mod FROM t")),

@@ -234,8 +234,10 @@ Operand MakeOperand(const std::vector<Token>& t, size_t from, size_t to) {
     return o;
 }
 
-// An operand rounded to a whole number as Jet rounds it before dividing.
-String Whole(const Operand& o) { return o.whole ? o.text : u"CAST(ROUND(" + o.text + u",0) AS BIGINT)"; }
+// An operand rounded to a whole number before dividing, as Jet does (the
+// driver's ROUND refuses Null, so the rounding is FLOOR of x + 0.5; Jet
+// rounds an exact half to even, this rounds it up).
+String Whole(const Operand& o) { return o.whole ? o.text : u"CAST(FLOOR(" + o.text + u" + 0.5) AS BIGINT)"; }
 
 // Rewrites every binary operator for which `isOp` holds, left to right, with
 // `make(left, right)`; the result stands as one whole-number operand.
