@@ -238,6 +238,7 @@ int Run(const Options& o) {
         auto start = SteadyClock::now();
         RunSql(server, kCreateSource, source);
         RunSql(server, FillSource(o.rows), source);
+        RunSql(server, "ANALYZE TABLE t", source); // fresh sizes in the schema tables
         std::printf("generated in %.1f s; %s MiB of data and %s MiB of indexes on the server\n", Since(start),
                     QueryValue(server, "SELECT ROUND(data_length / 1048576) FROM information_schema.tables WHERE "
                                        "table_schema = '" + source + "' AND table_name = 't'").c_str(),
