@@ -58,14 +58,23 @@ TableReport CopyTable(const Ref<DbCatalog>& source, const Ref<DbTables>& tables,
         target->ImportTable(table);
         if (!schemaOnly) {
             r.read = source->GetDataRowCount(name);
-            Ref<DbDataSet> ds;
-            if (HasBinaryColumn(table)) {
-                ds = Ref<DbDataSet>::New();
-                ds->Init(source, name, u"", u"");
-            } else {
-                ds = source->ExportData(name);
+            // The source's connection stays open while its rows are read: a
+            // large table is fetched in the background on that connection.
+            source->BeginTransaction();
+            try {
+                Ref<DbDataSet> ds;
+                if (HasBinaryColumn(table)) {
+                    ds = Ref<DbDataSet>::New();
+                    ds->Init(source, name, u"", u"");
+                } else {
+                    ds = source->ExportData(name);
+                }
+                target->ImportData(name, ds);
+            } catch (...) {
+                source->RollbackTransaction();
+                throw;
             }
-            target->ImportData(name, ds);
+            source->EndTransaction();
             r.written = target->GetDataRowCount(name);
             out << "\r  " << ToUtf8(name) << ": " << r.written << " rows in " << Seconds(started) << " s"
                 << std::string(12, ' ') << "\n";
