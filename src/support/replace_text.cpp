@@ -18,14 +18,14 @@ String ReplaceText(StringView text, StringView find, StringView replacement, int
         needle = lowerFind;
     }
 
-    // Hit positions, grown in steps of 8000 as the hits arrive.
-    std::vector<size_t> hits;
-    hits.reserve(8001);
+    // Hit positions. Most calls find nothing, so nothing is allocated until
+    // the first hit; the list then grows as the hits arrive.
     size_t from = start < 1 ? 0 : static_cast<size_t>(start - 1);
+    if (from > hay.size() || hay.find(needle, from) == StringView::npos) return String(text);
+    std::vector<size_t> hits;
     while (from <= hay.size()) {
         size_t p = hay.find(needle, from);
         if (p == StringView::npos) break;
-        if (hits.size() == hits.capacity()) hits.reserve(hits.capacity() + 8000);
         hits.push_back(p);
         if (static_cast<int64_t>(hits.size()) == count) break;
         from = p + needle.size();
