@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "platform/ado/backend.hpp"
+#include "platform/ado/schema_rowsets.hpp"
 
 namespace zolsdk::ado::detail {
 
@@ -64,19 +65,6 @@ Context Current(Backend& b, const String& wantedCatalog) {
     }
     cx.oldLengths = !version.empty() && version[0] >= u'0' && version[0] < u'5';
     return cx;
-}
-
-Ref<Recordset> NewSchemaRowset(std::initializer_list<std::pair<const char16_t*, int32_t>> fields) {
-    auto rs = Ref<Recordset>::New();
-    rs->CursorLocation(adUseClient);
-    for (auto& [name, type] : fields) {
-        int32_t size = 0;
-        if (type == adType::VarWChar) size = 128;
-        else if (type == adType::LongVarWChar) size = 2147483647;
-        rs->Fields().Append(name, type, size, -1);
-    }
-    rs->Open();
-    return rs;
 }
 
 // ---- columns ----------------------------------------------------------------
@@ -215,21 +203,7 @@ Ref<Recordset> Columns(Backend& b, const std::vector<Variant>& criteria) {
     if (String t = Criterion(criteria, 2); !t.empty()) sql += u" AND TABLE_NAME = " + Lit(t);
     if (String c = Criterion(criteria, 3); !c.empty()) sql += u" AND COLUMN_NAME = " + Lit(c);
     sql += u" ORDER BY TABLE_NAME, ORDINAL_POSITION";
-    auto rs = NewSchemaRowset({{u"TABLE_CATALOG", adType::VarWChar}, {u"TABLE_SCHEMA", adType::VarWChar},
-                               {u"TABLE_NAME", adType::VarWChar}, {u"COLUMN_NAME", adType::VarWChar},
-                               {u"COLUMN_GUID", adType::GUID}, {u"COLUMN_PROPID", adType::UnsignedInt},
-                               {u"ORDINAL_POSITION", adType::UnsignedInt}, {u"COLUMN_HASDEFAULT", adType::Boolean},
-                               {u"COLUMN_DEFAULT", adType::LongVarWChar}, {u"COLUMN_FLAGS", adType::UnsignedInt},
-                               {u"IS_NULLABLE", adType::Boolean}, {u"DATA_TYPE", adType::UnsignedSmallInt},
-                               {u"TYPE_GUID", adType::GUID}, {u"CHARACTER_MAXIMUM_LENGTH", adType::UnsignedInt},
-                               {u"CHARACTER_OCTET_LENGTH", adType::UnsignedInt},
-                               {u"NUMERIC_PRECISION", adType::UnsignedSmallInt}, {u"NUMERIC_SCALE", adType::SmallInt},
-                               {u"DATETIME_PRECISION", adType::UnsignedInt},
-                               {u"CHARACTER_SET_CATALOG", adType::VarWChar}, {u"CHARACTER_SET_SCHEMA", adType::VarWChar},
-                               {u"CHARACTER_SET_NAME", adType::VarWChar}, {u"COLLATION_CATALOG", adType::VarWChar},
-                               {u"COLLATION_SCHEMA", adType::VarWChar}, {u"COLLATION_NAME", adType::VarWChar},
-                               {u"DOMAIN_CATALOG", adType::VarWChar}, {u"DOMAIN_SCHEMA", adType::VarWChar},
-                               {u"DOMAIN_NAME", adType::VarWChar}, {u"DESCRIPTION", adType::VarWChar}});
+    auto rs = ColumnsSchemaRowset();
     for (const Row& r : Query(b, sql)) {
         TypeFigures f = Figures(Text(r[6]), Text(r[7]), r[8], r[10], r[11], cx.oldLengths);
         Variant def = PlainDefault(r[4]);
@@ -259,11 +233,7 @@ Ref<Recordset> Tables(Backend& b, const std::vector<Variant>& criteria) {
     if (String t = Criterion(criteria, 2); !t.empty()) sql += u" AND TABLE_NAME = " + Lit(t);
     sql += u" ORDER BY TABLE_TYPE, TABLE_NAME";
     String wantedType = Criterion(criteria, 3);
-    auto rs = NewSchemaRowset({{u"TABLE_CATALOG", adType::VarWChar}, {u"TABLE_SCHEMA", adType::VarWChar},
-                               {u"TABLE_NAME", adType::VarWChar}, {u"TABLE_TYPE", adType::VarWChar},
-                               {u"TABLE_GUID", adType::GUID}, {u"DESCRIPTION", adType::VarWChar},
-                               {u"TABLE_PROPID", adType::UnsignedInt}, {u"DATE_CREATED", adType::Date},
-                               {u"DATE_MODIFIED", adType::Date}});
+    auto rs = TablesSchemaRowset();
     for (const Row& r : Query(b, sql)) {
         String native = UCase(Text(r[2]));
         String type = native == u"VIEW" ? u"VIEW" : native == u"SYSTEM VIEW" ? u"SYSTEM TABLE" : u"TABLE";
@@ -285,19 +255,7 @@ Ref<Recordset> Indexes(Backend& b, const std::vector<Variant>& criteria) {
     if (String i = Criterion(criteria, 2); !i.empty()) sql += u" AND INDEX_NAME = " + Lit(i);
     if (String t = Criterion(criteria, 4); !t.empty()) sql += u" AND TABLE_NAME = " + Lit(t);
     sql += u" ORDER BY TABLE_NAME, INDEX_NAME <> 'PRIMARY', INDEX_NAME, SEQ_IN_INDEX";
-    auto rs = NewSchemaRowset({{u"TABLE_CATALOG", adType::VarWChar}, {u"TABLE_SCHEMA", adType::VarWChar},
-                               {u"TABLE_NAME", adType::VarWChar}, {u"INDEX_CATALOG", adType::VarWChar},
-                               {u"INDEX_SCHEMA", adType::VarWChar}, {u"INDEX_NAME", adType::VarWChar},
-                               {u"PRIMARY_KEY", adType::Boolean}, {u"UNIQUE", adType::Boolean},
-                               {u"CLUSTERED", adType::Boolean}, {u"TYPE", adType::UnsignedSmallInt},
-                               {u"FILL_FACTOR", adType::Integer}, {u"INITIAL_SIZE", adType::Integer},
-                               {u"NULLS", adType::Integer}, {u"SORT_BOOKMARKS", adType::Boolean},
-                               {u"AUTO_UPDATE", adType::Boolean}, {u"NULL_COLLATION", adType::Integer},
-                               {u"ORDINAL_POSITION", adType::UnsignedInt}, {u"COLUMN_NAME", adType::VarWChar},
-                               {u"COLUMN_GUID", adType::GUID}, {u"COLUMN_PROPID", adType::UnsignedInt},
-                               {u"COLLATION", adType::SmallInt}, {u"CARDINALITY", adType::UnsignedBigInt},
-                               {u"PAGES", adType::Integer}, {u"FILTER_CONDITION", adType::VarWChar},
-                               {u"INTEGRATED", adType::Boolean}});
+    auto rs = IndexesSchemaRowset();
     for (const Row& r : Query(b, sql)) {
         String name = Text(r[3]);
         bool primary = name == u"PRIMARY";
@@ -323,10 +281,7 @@ Ref<Recordset> PrimaryKeys(Backend& b, const std::vector<Variant>& criteria) {
                  u"WHERE INDEX_NAME = 'PRIMARY' AND TABLE_SCHEMA = " + Lit(cx.catalog);
     if (String t = Criterion(criteria, 2); !t.empty()) sql += u" AND TABLE_NAME = " + Lit(t);
     sql += u" ORDER BY TABLE_NAME, SEQ_IN_INDEX";
-    auto rs = NewSchemaRowset({{u"TABLE_CATALOG", adType::VarWChar}, {u"TABLE_SCHEMA", adType::VarWChar},
-                               {u"TABLE_NAME", adType::VarWChar}, {u"COLUMN_NAME", adType::VarWChar},
-                               {u"COLUMN_GUID", adType::GUID}, {u"COLUMN_PROPID", adType::UnsignedInt},
-                               {u"ORDINAL", adType::UnsignedInt}, {u"PK_NAME", adType::VarWChar}});
+    auto rs = PrimaryKeysSchemaRowset();
     for (const Row& r : Query(b, sql))
         rs->AppendRow({Variant(Text(r[0])), Variant::Null(), Variant(Text(r[1])), Variant(Text(r[2])), Variant::Null(),
                        Variant::Null(), LongOrNull(r[3]), Variant(u"PRIMARY")});
@@ -355,15 +310,7 @@ Ref<Recordset> ForeignKeys(Backend& b, const std::vector<Variant>& criteria) {
     if (String t = Criterion(criteria, 2); !t.empty()) sql += u" AND k.REFERENCED_TABLE_NAME = " + Lit(t);
     if (String t = Criterion(criteria, 5); !t.empty()) sql += u" AND k.TABLE_NAME = " + Lit(t);
     sql += u" ORDER BY k.TABLE_NAME, k.CONSTRAINT_NAME, k.ORDINAL_POSITION";
-    auto rs = NewSchemaRowset({{u"PK_TABLE_CATALOG", adType::VarWChar}, {u"PK_TABLE_SCHEMA", adType::VarWChar},
-                               {u"PK_TABLE_NAME", adType::VarWChar}, {u"PK_COLUMN_NAME", adType::VarWChar},
-                               {u"PK_COLUMN_GUID", adType::GUID}, {u"PK_COLUMN_PROPID", adType::UnsignedInt},
-                               {u"FK_TABLE_CATALOG", adType::VarWChar}, {u"FK_TABLE_SCHEMA", adType::VarWChar},
-                               {u"FK_TABLE_NAME", adType::VarWChar}, {u"FK_COLUMN_NAME", adType::VarWChar},
-                               {u"FK_COLUMN_GUID", adType::GUID}, {u"FK_COLUMN_PROPID", adType::UnsignedInt},
-                               {u"ORDINAL", adType::UnsignedInt}, {u"UPDATE_RULE", adType::VarWChar},
-                               {u"DELETE_RULE", adType::VarWChar}, {u"PK_NAME", adType::VarWChar},
-                               {u"FK_NAME", adType::VarWChar}, {u"DEFERRABILITY", adType::SmallInt}});
+    auto rs = ForeignKeysSchemaRowset();
     for (const Row& r : Query(b, sql))
         rs->AppendRow({Variant(Text(r[0])), Variant::Null(), Variant(Text(r[1])), Variant(Text(r[2])), Variant::Null(),
                        Variant::Null(), Variant(Text(r[3])), Variant::Null(), Variant(Text(r[4])), Variant(Text(r[5])),

@@ -1,5 +1,6 @@
 #include "platform/ado/jet/jet_schema.hpp"
 
+#include "platform/ado/schema_rowsets.hpp"
 #include "platform/ado/jet/jet_types.hpp"
 #include "platform/ado/jet/jet_wire.hpp"
 #include "zolsdk/platform/ado/types.hpp"
@@ -11,19 +12,6 @@ namespace {
 // OLE DB column flags.
 constexpr int32_t kFlagWriteUnknown = 0x8, kFlagFixed = 0x10, kFlagNullable = 0x20, kFlagMaybeNull = 0x40,
                   kFlagLong = 0x80;
-
-Ref<Recordset> NewSchemaRowset(std::initializer_list<std::pair<const char16_t*, int32_t>> fields) {
-    auto rs = Ref<Recordset>::New();
-    rs->CursorLocation(adUseClient);
-    for (auto& [name, type] : fields) {
-        int32_t size = 0;
-        if (type == adType::VarWChar) size = 128;
-        else if (type == adType::LongVarWChar) size = 2147483647;
-        rs->Fields().Append(name, type, size, -1);
-    }
-    rs->Open();
-    return rs;
-}
 
 void Rewind(Recordset& rs) {
     if (rs.RecordCount() > 0) rs.MoveFirst();
@@ -56,11 +44,7 @@ FactRows DecodeFacts(const std::vector<uint8_t>& bytes) {
 }
 
 Ref<Recordset> TablesRowset(const FactRows& tables, const std::vector<Variant>& criteria) {
-    auto rs = NewSchemaRowset({{u"TABLE_CATALOG", adType::VarWChar}, {u"TABLE_SCHEMA", adType::VarWChar},
-                               {u"TABLE_NAME", adType::VarWChar}, {u"TABLE_TYPE", adType::VarWChar},
-                               {u"TABLE_GUID", adType::GUID}, {u"DESCRIPTION", adType::VarWChar},
-                               {u"TABLE_PROPID", adType::UnsignedInt}, {u"DATE_CREATED", adType::Date},
-                               {u"DATE_MODIFIED", adType::Date}});
+    auto rs = TablesSchemaRowset();
     for (const auto& t : tables) {
         if (!Passes(criteria, 2, t[0]) || !Passes(criteria, 3, t[1])) continue;
         rs->AppendRow({Variant::Null(), Variant::Null(), t[0], t[1], Variant::Null(), Variant::Null(), Variant::Null(),
@@ -71,21 +55,7 @@ Ref<Recordset> TablesRowset(const FactRows& tables, const std::vector<Variant>& 
 }
 
 Ref<Recordset> ColumnsRowset(const FactRows& columns, const std::vector<Variant>& criteria) {
-    auto rs = NewSchemaRowset({{u"TABLE_CATALOG", adType::VarWChar}, {u"TABLE_SCHEMA", adType::VarWChar},
-                               {u"TABLE_NAME", adType::VarWChar}, {u"COLUMN_NAME", adType::VarWChar},
-                               {u"COLUMN_GUID", adType::GUID}, {u"COLUMN_PROPID", adType::UnsignedInt},
-                               {u"ORDINAL_POSITION", adType::UnsignedInt}, {u"COLUMN_HASDEFAULT", adType::Boolean},
-                               {u"COLUMN_DEFAULT", adType::LongVarWChar}, {u"COLUMN_FLAGS", adType::UnsignedInt},
-                               {u"IS_NULLABLE", adType::Boolean}, {u"DATA_TYPE", adType::UnsignedSmallInt},
-                               {u"TYPE_GUID", adType::GUID}, {u"CHARACTER_MAXIMUM_LENGTH", adType::UnsignedInt},
-                               {u"CHARACTER_OCTET_LENGTH", adType::UnsignedInt},
-                               {u"NUMERIC_PRECISION", adType::UnsignedSmallInt}, {u"NUMERIC_SCALE", adType::SmallInt},
-                               {u"DATETIME_PRECISION", adType::UnsignedInt},
-                               {u"CHARACTER_SET_CATALOG", adType::VarWChar}, {u"CHARACTER_SET_SCHEMA", adType::VarWChar},
-                               {u"CHARACTER_SET_NAME", adType::VarWChar}, {u"COLLATION_CATALOG", adType::VarWChar},
-                               {u"COLLATION_SCHEMA", adType::VarWChar}, {u"COLLATION_NAME", adType::VarWChar},
-                               {u"DOMAIN_CATALOG", adType::VarWChar}, {u"DOMAIN_SCHEMA", adType::VarWChar},
-                               {u"DOMAIN_NAME", adType::VarWChar}, {u"DESCRIPTION", adType::VarWChar}});
+    auto rs = ColumnsSchemaRowset();
     for (const auto& c : columns) {
         if (!Passes(criteria, 2, c[0]) || !Passes(criteria, 3, c[1])) continue;
         AccessFigures f = FiguresOfFileType(Text(c[3]), c[4].ToLong(), c[5].ToLong(), c[6].ToLong());
@@ -107,19 +77,7 @@ Ref<Recordset> ColumnsRowset(const FactRows& columns, const std::vector<Variant>
 }
 
 Ref<Recordset> IndexesRowset(const FactRows& indexes, const std::vector<Variant>& criteria) {
-    auto rs = NewSchemaRowset({{u"TABLE_CATALOG", adType::VarWChar}, {u"TABLE_SCHEMA", adType::VarWChar},
-                               {u"TABLE_NAME", adType::VarWChar}, {u"INDEX_CATALOG", adType::VarWChar},
-                               {u"INDEX_SCHEMA", adType::VarWChar}, {u"INDEX_NAME", adType::VarWChar},
-                               {u"PRIMARY_KEY", adType::Boolean}, {u"UNIQUE", adType::Boolean},
-                               {u"CLUSTERED", adType::Boolean}, {u"TYPE", adType::UnsignedSmallInt},
-                               {u"FILL_FACTOR", adType::Integer}, {u"INITIAL_SIZE", adType::Integer},
-                               {u"NULLS", adType::Integer}, {u"SORT_BOOKMARKS", adType::Boolean},
-                               {u"AUTO_UPDATE", adType::Boolean}, {u"NULL_COLLATION", adType::Integer},
-                               {u"ORDINAL_POSITION", adType::UnsignedInt}, {u"COLUMN_NAME", adType::VarWChar},
-                               {u"COLUMN_GUID", adType::GUID}, {u"COLUMN_PROPID", adType::UnsignedInt},
-                               {u"COLLATION", adType::SmallInt}, {u"CARDINALITY", adType::UnsignedBigInt},
-                               {u"PAGES", adType::Integer}, {u"FILTER_CONDITION", adType::VarWChar},
-                               {u"INTEGRATED", adType::Boolean}});
+    auto rs = IndexesSchemaRowset();
     for (const auto& x : indexes) {
         if (!Passes(criteria, 2, x[1]) || !Passes(criteria, 4, x[0])) continue;
         // NULLS: 1 nulls refused, 2 entries with nulls left out.
@@ -136,10 +94,7 @@ Ref<Recordset> IndexesRowset(const FactRows& indexes, const std::vector<Variant>
 }
 
 Ref<Recordset> PrimaryKeysRowset(const FactRows& indexes, const std::vector<Variant>& criteria) {
-    auto rs = NewSchemaRowset({{u"TABLE_CATALOG", adType::VarWChar}, {u"TABLE_SCHEMA", adType::VarWChar},
-                               {u"TABLE_NAME", adType::VarWChar}, {u"COLUMN_NAME", adType::VarWChar},
-                               {u"COLUMN_GUID", adType::GUID}, {u"COLUMN_PROPID", adType::UnsignedInt},
-                               {u"ORDINAL", adType::UnsignedInt}, {u"PK_NAME", adType::VarWChar}});
+    auto rs = PrimaryKeysSchemaRowset();
     for (const auto& x : indexes) {
         if (!x[2].ToBoolean() || !Passes(criteria, 2, x[0])) continue;
         rs->AppendRow({Variant::Null(), Variant::Null(), x[0], x[6], Variant::Null(), Variant::Null(), x[5], x[1]});
@@ -149,15 +104,7 @@ Ref<Recordset> PrimaryKeysRowset(const FactRows& indexes, const std::vector<Vari
 }
 
 Ref<Recordset> ForeignKeysRowset(const FactRows& relationships, const std::vector<Variant>& criteria) {
-    auto rs = NewSchemaRowset({{u"PK_TABLE_CATALOG", adType::VarWChar}, {u"PK_TABLE_SCHEMA", adType::VarWChar},
-                               {u"PK_TABLE_NAME", adType::VarWChar}, {u"PK_COLUMN_NAME", adType::VarWChar},
-                               {u"PK_COLUMN_GUID", adType::GUID}, {u"PK_COLUMN_PROPID", adType::UnsignedInt},
-                               {u"FK_TABLE_CATALOG", adType::VarWChar}, {u"FK_TABLE_SCHEMA", adType::VarWChar},
-                               {u"FK_TABLE_NAME", adType::VarWChar}, {u"FK_COLUMN_NAME", adType::VarWChar},
-                               {u"FK_COLUMN_GUID", adType::GUID}, {u"FK_COLUMN_PROPID", adType::UnsignedInt},
-                               {u"ORDINAL", adType::UnsignedInt}, {u"UPDATE_RULE", adType::VarWChar},
-                               {u"DELETE_RULE", adType::VarWChar}, {u"PK_NAME", adType::VarWChar},
-                               {u"FK_NAME", adType::VarWChar}, {u"DEFERRABILITY", adType::SmallInt}});
+    auto rs = ForeignKeysSchemaRowset();
     for (const auto& r : relationships) {
         if (!Passes(criteria, 2, r[1]) || !Passes(criteria, 5, r[3])) continue;
         String update = r[6].ToBoolean() ? u"CASCADE" : u"NO ACTION";

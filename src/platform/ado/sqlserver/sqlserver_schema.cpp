@@ -1,5 +1,6 @@
 #include "platform/ado/sqlserver/sqlserver_schema.hpp"
 
+#include "platform/ado/schema_rowsets.hpp"
 #include <map>
 
 #include "platform/ado/sqlserver/odbc_catalog.hpp"
@@ -34,19 +35,6 @@ int32_t LongOr(const Variant& v, int32_t fallback) { return v.IsNull() || v.IsEm
 const Variant& Cell(const CatalogRow& r, size_t i) {
     static const Variant null = Variant::Null();
     return i < r.size() ? r[i] : null;
-}
-
-Ref<Recordset> NewSchemaRowset(std::initializer_list<std::pair<const char16_t*, int32_t>> fields) {
-    auto rs = Ref<Recordset>::New();
-    rs->CursorLocation(adUseClient);
-    for (auto& [name, type] : fields) {
-        int32_t size = 0;
-        if (type == adType::VarWChar) size = 128;
-        else if (type == adType::LongVarWChar) size = 2147483647;
-        rs->Fields().Append(name, type, size, -1);
-    }
-    rs->Open();
-    return rs;
 }
 
 Ref<Recordset> Finish(Ref<Recordset> rs) {
@@ -185,11 +173,7 @@ SqlServerTypeFigures SqlServerColumnFigures(const String& typeName, int32_t odbc
 // SQLTables: TABLE_CAT, TABLE_SCHEM, TABLE_NAME, TABLE_TYPE, REMARKS.
 
 Ref<Recordset> SqlServerTablesRowset(const CatalogRows& rows) {
-    auto rs = NewSchemaRowset({{u"TABLE_CATALOG", adType::VarWChar}, {u"TABLE_SCHEMA", adType::VarWChar},
-                               {u"TABLE_NAME", adType::VarWChar}, {u"TABLE_TYPE", adType::VarWChar},
-                               {u"TABLE_GUID", adType::GUID}, {u"DESCRIPTION", adType::VarWChar},
-                               {u"TABLE_PROPID", adType::UnsignedInt}, {u"DATE_CREATED", adType::Date},
-                               {u"DATE_MODIFIED", adType::Date}});
+    auto rs = TablesSchemaRowset();
     for (const CatalogRow& r : rows)
         rs->AppendRow({TextOrNull(Cell(r, 0)), TextOrNull(Cell(r, 1)), Variant(Text(Cell(r, 2))),
                        Variant(UCase(Text(Cell(r, 3)))), Variant::Null(), TextOrNull(Cell(r, 4)), Variant::Null(),
@@ -204,21 +188,7 @@ Ref<Recordset> SqlServerTablesRowset(const CatalogRows& rows) {
 // CHAR_OCTET_LENGTH, ORDINAL_POSITION, IS_NULLABLE.
 
 Ref<Recordset> SqlServerColumnsRowset(const CatalogRows& rows) {
-    auto rs = NewSchemaRowset({{u"TABLE_CATALOG", adType::VarWChar}, {u"TABLE_SCHEMA", adType::VarWChar},
-                               {u"TABLE_NAME", adType::VarWChar}, {u"COLUMN_NAME", adType::VarWChar},
-                               {u"COLUMN_GUID", adType::GUID}, {u"COLUMN_PROPID", adType::UnsignedInt},
-                               {u"ORDINAL_POSITION", adType::UnsignedInt}, {u"COLUMN_HASDEFAULT", adType::Boolean},
-                               {u"COLUMN_DEFAULT", adType::LongVarWChar}, {u"COLUMN_FLAGS", adType::UnsignedInt},
-                               {u"IS_NULLABLE", adType::Boolean}, {u"DATA_TYPE", adType::UnsignedSmallInt},
-                               {u"TYPE_GUID", adType::GUID}, {u"CHARACTER_MAXIMUM_LENGTH", adType::UnsignedInt},
-                               {u"CHARACTER_OCTET_LENGTH", adType::UnsignedInt},
-                               {u"NUMERIC_PRECISION", adType::UnsignedSmallInt}, {u"NUMERIC_SCALE", adType::SmallInt},
-                               {u"DATETIME_PRECISION", adType::UnsignedInt},
-                               {u"CHARACTER_SET_CATALOG", adType::VarWChar}, {u"CHARACTER_SET_SCHEMA", adType::VarWChar},
-                               {u"CHARACTER_SET_NAME", adType::VarWChar}, {u"COLLATION_CATALOG", adType::VarWChar},
-                               {u"COLLATION_SCHEMA", adType::VarWChar}, {u"COLLATION_NAME", adType::VarWChar},
-                               {u"DOMAIN_CATALOG", adType::VarWChar}, {u"DOMAIN_SCHEMA", adType::VarWChar},
-                               {u"DOMAIN_NAME", adType::VarWChar}, {u"DESCRIPTION", adType::VarWChar}});
+    auto rs = ColumnsSchemaRowset();
     for (const CatalogRow& r : rows) {
         int32_t odbcType = LongOr(Cell(r, 4), 0);
         SqlServerTypeFigures f = SqlServerColumnFigures(Text(Cell(r, 5)), odbcType, Cell(r, 6), Cell(r, 8));
@@ -260,19 +230,7 @@ Ref<Recordset> SqlServerIndexesRowset(const CatalogRows& statistics, const Catal
     std::map<String, String> pkOf;
     auto key = [](const CatalogRow& r) { return LCase(Text(Cell(r, 1))) + u"." + LCase(Text(Cell(r, 2))); };
     for (const CatalogRow& r : primaryKeys) pkOf.emplace(key(r), Text(Cell(r, 5)));
-    auto rs = NewSchemaRowset({{u"TABLE_CATALOG", adType::VarWChar}, {u"TABLE_SCHEMA", adType::VarWChar},
-                               {u"TABLE_NAME", adType::VarWChar}, {u"INDEX_CATALOG", adType::VarWChar},
-                               {u"INDEX_SCHEMA", adType::VarWChar}, {u"INDEX_NAME", adType::VarWChar},
-                               {u"PRIMARY_KEY", adType::Boolean}, {u"UNIQUE", adType::Boolean},
-                               {u"CLUSTERED", adType::Boolean}, {u"TYPE", adType::UnsignedSmallInt},
-                               {u"FILL_FACTOR", adType::Integer}, {u"INITIAL_SIZE", adType::Integer},
-                               {u"NULLS", adType::Integer}, {u"SORT_BOOKMARKS", adType::Boolean},
-                               {u"AUTO_UPDATE", adType::Boolean}, {u"NULL_COLLATION", adType::Integer},
-                               {u"ORDINAL_POSITION", adType::UnsignedInt}, {u"COLUMN_NAME", adType::VarWChar},
-                               {u"COLUMN_GUID", adType::GUID}, {u"COLUMN_PROPID", adType::UnsignedInt},
-                               {u"COLLATION", adType::SmallInt}, {u"CARDINALITY", adType::UnsignedBigInt},
-                               {u"PAGES", adType::Integer}, {u"FILTER_CONDITION", adType::VarWChar},
-                               {u"INTEGRATED", adType::Boolean}});
+    auto rs = IndexesSchemaRowset();
     for (const CatalogRow& r : statistics) {
         // The row that describes the table itself names no index.
         if (LongOr(Cell(r, 6), kOdbcTableStat) == kOdbcTableStat) continue;
@@ -295,10 +253,7 @@ Ref<Recordset> SqlServerIndexesRowset(const CatalogRows& statistics, const Catal
 }
 
 Ref<Recordset> SqlServerPrimaryKeysRowset(const CatalogRows& rows) {
-    auto rs = NewSchemaRowset({{u"TABLE_CATALOG", adType::VarWChar}, {u"TABLE_SCHEMA", adType::VarWChar},
-                               {u"TABLE_NAME", adType::VarWChar}, {u"COLUMN_NAME", adType::VarWChar},
-                               {u"COLUMN_GUID", adType::GUID}, {u"COLUMN_PROPID", adType::UnsignedInt},
-                               {u"ORDINAL", adType::UnsignedInt}, {u"PK_NAME", adType::VarWChar}});
+    auto rs = PrimaryKeysSchemaRowset();
     for (const CatalogRow& r : rows)
         rs->AppendRow({TextOrNull(Cell(r, 0)), TextOrNull(Cell(r, 1)), Variant(Text(Cell(r, 2))),
                        Variant(Text(Cell(r, 3))), Variant::Null(), Variant::Null(), LongOrNull(Cell(r, 4)),
@@ -324,15 +279,7 @@ String Rule(const Variant& v) {
 } // namespace
 
 Ref<Recordset> SqlServerForeignKeysRowset(const CatalogRows& rows) {
-    auto rs = NewSchemaRowset({{u"PK_TABLE_CATALOG", adType::VarWChar}, {u"PK_TABLE_SCHEMA", adType::VarWChar},
-                               {u"PK_TABLE_NAME", adType::VarWChar}, {u"PK_COLUMN_NAME", adType::VarWChar},
-                               {u"PK_COLUMN_GUID", adType::GUID}, {u"PK_COLUMN_PROPID", adType::UnsignedInt},
-                               {u"FK_TABLE_CATALOG", adType::VarWChar}, {u"FK_TABLE_SCHEMA", adType::VarWChar},
-                               {u"FK_TABLE_NAME", adType::VarWChar}, {u"FK_COLUMN_NAME", adType::VarWChar},
-                               {u"FK_COLUMN_GUID", adType::GUID}, {u"FK_COLUMN_PROPID", adType::UnsignedInt},
-                               {u"ORDINAL", adType::UnsignedInt}, {u"UPDATE_RULE", adType::VarWChar},
-                               {u"DELETE_RULE", adType::VarWChar}, {u"PK_NAME", adType::VarWChar},
-                               {u"FK_NAME", adType::VarWChar}, {u"DEFERRABILITY", adType::SmallInt}});
+    auto rs = ForeignKeysSchemaRowset();
     for (const CatalogRow& r : rows) {
         const Variant& deferrability = Cell(r, 13);
         rs->AppendRow({TextOrNull(Cell(r, 0)), TextOrNull(Cell(r, 1)), Variant(Text(Cell(r, 2))),
