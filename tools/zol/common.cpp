@@ -6,6 +6,20 @@
 
 namespace zol {
 
+namespace {
+// The value of `key` in an attribute string, for messages only.
+zolsdk::String SessionAttributeOf(zolsdk::StringView attrs, zolsdk::StringView key) {
+    using namespace zolsdk;
+    String k = String(key) + u"=";
+    int32_t at = InStr(1, attrs, k, true);
+    if (at == 0) return {};
+    size_t from = static_cast<size_t>(at - 1) + k.size();
+    size_t end = attrs.find(u';', from);
+    return String(attrs.substr(from, end == StringView::npos ? StringView::npos : end - from));
+}
+} // namespace
+
+
 int Usage(std::ostream& out, int code) {
     out << "usage:\n"
            "  zol migrate --from ATTRS --to ATTRS [--table NAME ...] [--schema-only]\n"
@@ -19,6 +33,24 @@ int Usage(std::ostream& out, int code) {
            "  \"dbtype=msxml;dbname=shop.xml;dblocation=/tmp\"\n"
            "  \"dbtype=mysql;dbname=shop;dblocation=127.0.0.1;username=u;password=p\"\n";
     return code;
+}
+
+zolsdk::Ref<zolsdk::DbCatalog> OpenCatalog(const std::string& attrs) {
+    using namespace zolsdk;
+    auto cat = Ref<DbCatalog>::New();
+    try {
+        cat->Init(FromUtf8(attrs));
+    } catch (DbError& e) {
+        // The library's answers are terse here (91, 13): say what to change.
+        String type = LCase(SessionAttributeOf(FromUtf8(attrs), u"dbtype"));
+        if (e.Number() == err::ObjectNotSet)
+            e.Description(e.Description() + u" (the attribute string names no engine: dbtype '" + type +
+                          u"' is none of msaccess, mssql, mysql, msxml)");
+        else if (e.Number() == err::TypeMismatch && type == u"mssql")
+            e.Description(e.Description() + u" (a SQL Server attribute string needs protocol=1 for TCP/IP)");
+        throw;
+    }
+    return cat;
 }
 
 int ReportFailure(std::ostream& err, const std::exception& e) {

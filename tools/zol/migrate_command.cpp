@@ -31,10 +31,8 @@ int MigrateCommand(const Args& args, std::ostream& out) {
         return Usage(std::cerr, 2);
     }
 
-    auto source = Ref<DbCatalog>::New();
-    source->Init(FromUtf8(from));
-    auto target = Ref<DbCatalog>::New();
-    target->Init(FromUtf8(to));
+    Ref<DbCatalog> source = OpenCatalog(from);
+    Ref<DbCatalog> target = OpenCatalog(to);
 
     std::vector<String> names;
     if (only.empty()) {

@@ -14,11 +14,7 @@ const char* GroupName(int32_t g) {
     return g >= 0 && g <= 13 ? names[g] : "?";
 }
 
-Ref<DbCatalog> Open(const std::string& attrs) {
-    auto cat = Ref<DbCatalog>::New();
-    cat->Init(FromUtf8(attrs));
-    return cat;
-}
+Ref<DbCatalog> Open(const std::string& attrs) { return OpenCatalog(attrs); }
 } // namespace
 
 int SchemaCommand(const Args& args, std::ostream& out) {
