@@ -116,7 +116,9 @@ TEST_F(DataColumns, ItemAndExistFindByNameOrZeroBasedPosition) {
     for (auto c : cols) {
         names.push_back(c->ColumnName());
         objects.push_back(c.get());
-        if (names.size() < 3) EXPECT_TRUE(cols->Item(Variant(u"note")));
+        if (names.size() < 3) {
+            EXPECT_TRUE(cols->Item(Variant(u"note")));
+        }
     }
     EXPECT_EQ(names, (std::vector<String>{u"b", u"a", u"note"}));
     EXPECT_EQ(objects[0], objects[2]) << "the walk hands out one shared object";

@@ -32,8 +32,6 @@ protected:
     Ref<DbCatalog> from_, to_;
 };
 
-String Chars(int n, char16_t c) { return String(static_cast<size_t>(n), c); }
-
 TEST_F(Import, ByteLimitDecidesBetweenBatchAndBoundRow) {
     Wide();
     // 1: exactly two bytes under the limit, joins the (empty) batch;
