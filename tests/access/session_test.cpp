@@ -179,7 +179,9 @@ TEST(AccessSession, WhatTheDriverCannotDoFailsClearly) {
     s->ExecuteNoQuery(sql->AlterColumnSql(u"Table1", u"Table1,B,2,202,1,False,,0,0,100,False"));
     db->ClearData(u"");
     for (auto c : db->Tables()->Item(Variant(u"Table1"))->Columns()) {
-        if (c->ColumnName() == u"B") EXPECT_EQ(c->IsNullable(), 0);
+        if (c->ColumnName() == u"B") {
+            EXPECT_EQ(c->IsNullable(), 0);
+        }
     }
     // The file refuses a row without B now, and the table is still usable.
     EXPECT_THROW(s->ExecuteNoQuery(u"INSERT INTO [Table1] ([A]) VALUES ('new')"), DbError);
