@@ -152,14 +152,9 @@ String DbMsSqlSQLBuilder::BulkInsertSql(const String& psTableName, const String&
         const std::vector<TypedColumn> columns = ReadColumnSet(psColumnSet);
         CStringBuilder sql;
         sql.Append(u" INSERT INTO [").Append(psTableName).Append(u"] (").Append(ColumnList(columns)).Append(u") ");
-        const String mark = RowMark();
-        const String escapedMark = mark.substr(0, 2) + u"%" + mark.substr(2);
         bool first = true;
         ZOL_LN;
-        for (const String& encodedRow : Split(psValue, mark)) {
-            ZOL_LN;
-            const String row = ReplaceAll(encodedRow, escapedMark, mark);
-            const String values = BulkRowValues(columns, row, psBlobValueSubstibute);
+        for (const String& values : BulkRows(columns, psValue, psBlobValueSubstibute)) {
             // No multi-row VALUES list here: the rows are joined as selects.
             if (!first) sql.Append(u" UNION ALL ");
             sql.Append(u" SELECT ").Append(values);

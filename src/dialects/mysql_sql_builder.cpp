@@ -189,14 +189,9 @@ String DbMySqlSQLBuilder::BulkInsertSql(const String& psTableName, const String&
         CStringBuilder sql;
         sql.Append(u" INSERT INTO `").Append(psTableName).Append(u"` (").Append(ColumnList(columns));
         sql.Append(u") VALUES ");
-        const String mark = RowMark();
-        const String escapedMark = mark.substr(0, 2) + u"%" + mark.substr(2);
         bool first = true;
         ZOL_LN;
-        for (const String& encodedRow : Split(psValue, mark)) {
-            ZOL_LN;
-            const String row = ReplaceAll(encodedRow, escapedMark, mark);
-            const String values = BulkRowValues(columns, row, psBlobValueSubstibute);
+        for (const String& values : BulkRows(columns, psValue, psBlobValueSubstibute)) {
             if (!first) sql.Append(u",");
             sql.Append(u" (").Append(values).Append(u")");
             first = false;

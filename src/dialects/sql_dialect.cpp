@@ -234,6 +234,16 @@ String DbSqlDialect::ValueList(const std::vector<TypedColumn>& columns, const St
     return s.empty() ? s : s.substr(1);
 }
 
+std::vector<String> DbSqlDialect::BulkRows(const std::vector<TypedColumn>& columns, const String& values,
+                                           const String& substitute) {
+    const String mark = RowMark();
+    const String escapedMark = mark.substr(0, 2) + u"%" + mark.substr(2);
+    std::vector<String> rows;
+    for (const String& encodedRow : Split(values, mark))
+        rows.push_back(BulkRowValues(columns, ReplaceAll(encodedRow, escapedMark, mark), substitute));
+    return rows;
+}
+
 String DbSqlDialect::BulkRowValues(const std::vector<TypedColumn>& columns, const String& row,
                                    const String& substitute) {
     const std::vector<String> v = Split(row, u",");

@@ -109,6 +109,10 @@ protected:
     // Literals of one bulk row: its own values drive the walk, so a longer
     // row fails and a shorter one is rendered with what it has.
     String BulkRowValues(const std::vector<TypedColumn>& columns, const String& row, const String& substitute);
+    // The literals of every row of a bulk value text: rows split at the row
+    // mark, a mark that a value really held ("%3%B") put back first.
+    std::vector<String> BulkRows(const std::vector<TypedColumn>& columns, const String& values,
+                                 const String& substitute);
     // name = value pairs of an UPDATE, joined by ",".
     String Assignments(const String& columnSet, const String& values, const String& substitute);
     // " `a` = 1 AND `b` IS NULL ": equality on attributes, with a blank in front.

@@ -245,24 +245,7 @@ Ref<ado::Recordset> DbMySQLReader::Keys(const String& psTableName) {
         // table holds towards others.
         ZOL_LN; Ref<ado::Recordset> native = FetchSchema(
             ado::adSchemaForeignKeys, {Variant(), Variant(), Variant(), Variant(), Variant(), Variant(psTableName)});
-        ZOL_LN; Ref<ado::Recordset> rs = KeyRS();
-        if (!(native->Eof() && native->Bof())) {
-            // The first column of each key.
-            ZOL_LN; native->Filter(Variant(u"ORDINAL = 1"));
-            while (!native->Eof()) {
-                ZOL_LN; rs->AddNew();
-                ZOL_LN; rs->Value(u"pk_table_name", native->Value(u"PK_TABLE_NAME"));
-                ZOL_LN; rs->Value(u"pk_column_name", native->Value(u"PK_COLUMN_NAME"));
-                ZOL_LN; rs->Value(u"fk_table_name", native->Value(u"FK_TABLE_NAME"));
-                ZOL_LN; rs->Value(u"fk_column_name", native->Value(u"FK_COLUMN_NAME"));
-                ZOL_LN; rs->Value(u"ordinal", native->Value(u"ORDINAL"));
-                ZOL_LN; rs->Value(u"update_rule", native->Value(u"UPDATE_RULE"));
-                ZOL_LN; rs->Value(u"delete_rule", native->Value(u"DELETE_RULE"));
-                ZOL_LN; rs->Value(u"pk_name", native->Value(u"PK_NAME"));
-                ZOL_LN; rs->Value(u"fk_name", native->Value(u"FK_NAME"));
-                ZOL_LN; native->MoveNext();
-            }
-        }
+        ZOL_LN; Ref<ado::Recordset> rs = KeysFromForeignKeyRowset(*native, zol_mark_);
         ZOL_LN; native->Close();
         ZOL_LN; rs->UpdateBatch(ado::adAffectAllChapters);
         return rs;

@@ -27,6 +27,10 @@ protected:
     // column belongs to the table's primary key.
     void ApplyPrimaryKeyRule(ado::Recordset& columns, const String& psTableName, const String& pkIndexName);
 
+    // The first column of each key of a FOREIGN_KEYS schema rowset, as a
+    // KeyRS; lines are marked on the caller's routine.
+    static Ref<ado::Recordset> KeysFromForeignKeyRowset(ado::Recordset& native, RoutineMark& zol_mark_);
+
 private:
     std::weak_ptr<IDBSession> session_;
 };
