@@ -27,8 +27,9 @@ set(_zol_jet_reason "")
 set(_zol_jet_jvm "")
 set(_zol_jet_classpath "")
 set(_zol_jet_classes_dir "${CMAKE_BINARY_DIR}/access-provider/classes")
-set(_zol_jet_java_sources
-    "${CMAKE_CURRENT_SOURCE_DIR}/src/platform/ado/jet/java/zolsdk/jet/JetBridge.java")
+file(GLOB _zol_jet_java_sources CONFIGURE_DEPENDS
+     "${CMAKE_CURRENT_SOURCE_DIR}/src/platform/ado/jet/java/zolsdk/jet/*.java")
+set(_zol_jet_cds "")
 
 # ---- the JDK ---------------------------------------------------------------------
 find_package(Java 11 QUIET COMPONENTS Development)
@@ -76,7 +77,9 @@ endif()
 # ---- the provider's Java half ---------------------------------------------------------
 if(_zol_jet_reason STREQUAL "")
   string(REPLACE ";" ":" _zol_jet_jar_path "${_zol_jet_jars}")
-  set(_zol_jet_classpath "${_zol_jet_classes_dir}:${_zol_jet_jar_path}")
+  # The classes go into a jar: a shared archive takes jars only.
+  set(_zol_jet_jar "${CMAKE_BINARY_DIR}/access-provider/zolsdk-jet.jar")
+  set(_zol_jet_classpath "${_zol_jet_jar}:${_zol_jet_jar_path}")
   set(_zol_jet_stamp "${CMAKE_BINARY_DIR}/access-provider/classes.stamp")
   add_custom_command(
     OUTPUT "${_zol_jet_stamp}"
@@ -84,11 +87,31 @@ if(_zol_jet_reason STREQUAL "")
     COMMAND ${CMAKE_COMMAND} -E make_directory "${_zol_jet_classes_dir}"
     COMMAND "${Java_JAVAC_EXECUTABLE}" --release 11 -nowarn -encoding UTF-8 -cp "${_zol_jet_jar_path}"
             -d "${_zol_jet_classes_dir}" ${_zol_jet_java_sources}
+    COMMAND "${Java_JAR_EXECUTABLE}" cf "${_zol_jet_jar}" -C "${_zol_jet_classes_dir}" .
     COMMAND ${CMAKE_COMMAND} -E touch "${_zol_jet_stamp}"
     DEPENDS ${_zol_jet_java_sources} ${_zol_jet_jars}
     COMMENT "Compiling the Access provider's Java classes"
     VERBATIM)
-  add_custom_target(zolsdk_jet_classes ALL DEPENDS "${_zol_jet_stamp}")
+  # A shared archive of the classes a first statement loads: the JVM maps
+  # it instead of reading and checking every class again at each start.
+  find_program(_zol_jet_java NAMES java HINTS "${JAVA_HOME}/bin" NO_CACHE)
+  if(_zol_jet_java)
+    set(_zol_jet_cds "${CMAKE_BINARY_DIR}/access-provider/provider.jsa")
+    add_custom_command(
+      OUTPUT "${_zol_jet_cds}"
+      COMMAND ${CMAKE_COMMAND} -E rm -rf "${CMAKE_BINARY_DIR}/access-provider/warmup"
+      COMMAND ${CMAKE_COMMAND} -E make_directory "${CMAKE_BINARY_DIR}/access-provider/warmup"
+      COMMAND "${_zol_jet_java}" -XX:ArchiveClassesAtExit=${_zol_jet_cds} -XX:+UseSerialGC -XX:-UsePerfData
+              -Xlog:disable -Dlog4j2.loggerContextFactory=org.apache.logging.log4j.simple.SimpleLoggerContextFactory
+              -Dorg.apache.logging.log4j.simplelog.StatusLogger.level=OFF
+              -cp "${_zol_jet_classpath}" zolsdk.jet.Warmup "${CMAKE_BINARY_DIR}/access-provider/warmup"
+      COMMAND ${CMAKE_COMMAND} -E rm -rf "${CMAKE_BINARY_DIR}/access-provider/warmup"
+      DEPENDS "${_zol_jet_stamp}"
+      COMMENT "Archiving the Access provider's classes for a faster JVM start"
+      VERBATIM)
+    set(_zol_jet_cds_dep "${_zol_jet_cds}")
+  endif()
+  add_custom_target(zolsdk_jet_classes ALL DEPENDS "${_zol_jet_stamp}" ${_zol_jet_cds_dep})
   foreach(_tgt zolsdk zolsdk_static)
     add_dependencies(${_tgt} zolsdk_jet_classes)
     target_include_directories(${_tgt} PRIVATE ${JNI_INCLUDE_DIRS})
@@ -112,6 +135,7 @@ file(CONFIGURE OUTPUT "${_zol_jet_config_dir}/platform/ado/jet/jet_config.h" CON
 #define ZOLSDK_JET_JVM_LIBRARY "@_zol_jet_jvm@"
 #define ZOLSDK_JET_CLASSPATH "@_zol_jet_classpath@"
 #define ZOLSDK_JET_UNAVAILABLE_REASON "@_zol_jet_reason@"
+#define ZOLSDK_JET_CDS_ARCHIVE "@_zol_jet_cds@"
 ]=] @ONLY)
 foreach(_tgt zolsdk zolsdk_static)
   target_include_directories(${_tgt} PRIVATE "${_zol_jet_config_dir}")

@@ -13,6 +13,7 @@ PACKAGES=(
   unixodbc unixodbc-dev odbc-mariadb tdsodbc
   mariadb-server mariadb-client
   default-jdk-headless maven
+  mdbtools
 )
 
 missing=()

@@ -121,7 +121,39 @@ bool NormaliseNumber(StringView text, std::string& out, bool& isHex, int64_t& he
 } // namespace
 
 String DoubleText(double v, char16_t sep) { return FormatSignificant(v, 15, 15, sep); }
-String SingleText(float v, char16_t sep) { return FormatSignificant(static_cast<double>(v), 7, 7, sep); }
+// A Single's text is the shortest text that reads back as the same float:
+// its digits come from the shortest round-trip form, laid out as the
+// platform lays out a Single (plain up to seven integer digits and down to
+// 1E-06, otherwise with an exponent of at least two digits).
+String SingleText(float v, char16_t sep) {
+    if (!std::isfinite(v)) RaisePlatform(err::Overflow);
+    if (v == 0) return u"0";
+    char buf[48];
+    auto end = std::to_chars(buf, buf + sizeof buf, v, std::chars_format::scientific).ptr;
+    std::string s(buf, end); // [-]d[.ddd]e[+-]xx
+    bool neg = s[0] == '-';
+    if (neg) s.erase(0, 1);
+    size_t e = s.find('e');
+    int exp = std::atoi(s.c_str() + e + 1);
+    std::string mant = s.substr(0, 1) + (e > 2 ? s.substr(2, e - 2) : "");
+    std::string out;
+    if (exp >= 7 || exp < -6) {
+        out = mant.substr(0, 1);
+        if (mant.size() > 1) out += "." + mant.substr(1);
+        char eb[16];
+        std::snprintf(eb, sizeof eb, "E%c%02d", exp < 0 ? '-' : '+', exp < 0 ? -exp : exp);
+        out += eb;
+    } else if (exp >= 0) {
+        if (static_cast<int>(mant.size()) <= exp + 1) out = mant + std::string(static_cast<size_t>(exp + 1) - mant.size(), '0');
+        else out = mant.substr(0, static_cast<size_t>(exp + 1)) + "." + mant.substr(static_cast<size_t>(exp + 1));
+    } else {
+        out = "0." + std::string(static_cast<size_t>(-exp - 1), '0') + mant;
+    }
+    if (neg) out.insert(out.begin(), '-');
+    String r = Ascii(out);
+    for (auto& c : r) if (c == u'.') c = sep;
+    return r;
+}
 
 String CurrencyText(Currency c, char16_t sep) {
     return Decimal::FromParts(c.raw < 0 ? static_cast<Decimal::u128>(-(c.raw + 1)) + 1 : static_cast<Decimal::u128>(c.raw), 4, c.raw < 0)
@@ -288,8 +320,11 @@ uint8_t Variant::ToByte() const { return static_cast<uint8_t>(CheckedRound(ToDou
 
 float Variant::ToSingle() const {
     double d = ToDouble();
-    if (std::isfinite(d) && std::fabs(d) > FLT_MAX) RaisePlatform(err::Overflow);
-    return static_cast<float>(d);
+    // Too large is what rounds past the largest float: the text of the
+    // largest float itself (3.4028235E+38) reads back as that float.
+    float f = static_cast<float>(d);
+    if (std::isfinite(d) && std::isinf(f)) RaisePlatform(err::Overflow);
+    return f;
 }
 
 double Variant::ToDouble() const { return NumericOf(*this); }

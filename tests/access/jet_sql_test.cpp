@@ -101,6 +101,74 @@ TEST(JetSql, StatementsTheDriverRefusesAreRoutedOrRefused) {
     EXPECT_FALSE(PrepareJetStatement(u"INSERT INTO t VALUES (1)").changesTables);
 }
 
+// Statements that read or write rows reach the driver without a text
+// literal in them; plain INSERTs, whole-table SELECTs and named primary
+// keys are recognised for the file's own calls, anything else is not.
+TEST(JetSql, LiteralsAreCutAndRowStatementsRecognised) {
+    JetStatement upd = PrepareJetStatement(u"UPDATE [t] SET [a] = 'AA^AA', [b] = ? WHERE [c] LIKE 'x ''Like'' %' AND d = \"q\"");
+    ASSERT_EQ(upd.kind, JetStatement::Kind::Plain);
+    EXPECT_EQ(N(upd.sql), "UPDATE [t] SET [a] = ?, [b] = ? WHERE [c] LIKE ? AND d = ?");
+    ASSERT_EQ(upd.bound.size(), 4u);
+    EXPECT_EQ(N(upd.bound[0].text), "AA^AA");
+    EXPECT_EQ(upd.bound[1].kind, JetValue::Kind::Param);
+    EXPECT_EQ(upd.bound[1].param, 0);
+    EXPECT_EQ(N(upd.bound[2].text), "x 'Like' %");
+    EXPECT_EQ(N(upd.bound[3].text), "q");
+    // Definitions keep their texts; a statement without texts stays as it is.
+    EXPECT_EQ(N(PrepareJetStatement(u"CREATE TABLE t (a VARCHAR(5) DEFAULT 'x')").sql), "CREATE TABLE t (a VARCHAR(5) DEFAULT 'x')");
+    EXPECT_TRUE(PrepareJetStatement(u"DELETE FROM [t] WHERE [a] = ?").bound.empty());
+
+    JetStatement ins = PrepareJetStatement(
+        u"INSERT INTO [t] ([a], b, [c d]) VALUES ('it''s', -1.5E+3, ?), (NULL, True, #02/29/2024 13:45:10#);");
+    ASSERT_EQ(ins.kind, JetStatement::Kind::InsertRows);
+    EXPECT_EQ(N(ins.table), "t");
+    ASSERT_EQ(ins.columns.size(), 3u);
+    EXPECT_EQ(N(ins.columns[2]), "c d");
+    ASSERT_EQ(ins.rows.size(), 2u);
+    EXPECT_EQ(N(ins.rows[0][0].text), "it's");
+    EXPECT_EQ(ins.rows[0][1].kind, JetValue::Kind::Number);
+    EXPECT_EQ(N(ins.rows[0][1].text), "-1.5E+3");
+    EXPECT_EQ(ins.rows[0][2].param, 0);
+    EXPECT_EQ(ins.rows[1][0].kind, JetValue::Kind::Null);
+    EXPECT_TRUE(ins.rows[1][1].truth);
+    EXPECT_EQ(ins.rows[1][2].kind, JetValue::Kind::Date);
+    EXPECT_EQ(PrepareJetStatement(u"INSERT INTO t VALUES (1, 'a')").kind, JetStatement::Kind::InsertRows);
+    for (const char16_t* other : {u"INSERT INTO t (a) SELECT b FROM u", u"INSERT INTO t (a, b) VALUES (1)",
+                                  u"INSERT INTO t (a) VALUES (1 + 2)", u"INSERT INTO t (a) VALUES (Now())",
+                                  u"INSERT INTO t (a) VALUES (#someday#)", u"INSERT INTO t (a) VALUES (1), (1, 2)"}) {
+        JetStatement p = PrepareJetStatement(other);
+        EXPECT_EQ(p.kind, JetStatement::Kind::Plain) << N(other);
+    }
+
+    JetStatement all = PrepareJetStatement(u" SELECT * FROM [Order Details] ");
+    EXPECT_EQ(all.kind, JetStatement::Kind::SelectRows);
+    EXPECT_EQ(N(all.table), "Order Details");
+    EXPECT_TRUE(all.columns.empty());
+    JetStatement some = PrepareJetStatement(u"SELECT [a], b FROM t");
+    EXPECT_EQ(some.kind, JetStatement::Kind::SelectRows);
+    EXPECT_EQ(some.columns.size(), 2u);
+    EXPECT_EQ(PrepareJetStatement(u"SELECT COUNT(*) FROM [t]").kind, JetStatement::Kind::CountRows);
+    for (const char16_t* other : {u"SELECT * FROM t WHERE a = 1", u"SELECT a AS b FROM t", u"SELECT * FROM t, u",
+                                  u"SELECT COUNT(a) FROM t", u"SELECT DISTINCT a FROM t", u"SELECT * FROM t ORDER BY a"})
+        EXPECT_EQ(PrepareJetStatement(other).kind, JetStatement::Kind::Plain) << N(other);
+
+    JetStatement pk = PrepareJetStatement(u" ALTER TABLE [t] ADD CONSTRAINT [idx_t] PRIMARY KEY ([a], [b]) ");
+    ASSERT_EQ(pk.kind, JetStatement::Kind::PrimaryKey);
+    EXPECT_EQ(N(pk.name), "idx_t");
+    EXPECT_EQ(pk.columns.size(), 2u);
+
+    DateParts d;
+    ASSERT_TRUE(ParseJetDate(u" 2/29/2024 13:45:10 ", d));
+    EXPECT_EQ((std::vector<int>{d.year, d.month, d.day, d.hour, d.minute, d.second}),
+              (std::vector<int>{2024, 2, 29, 13, 45, 10}));
+    ASSERT_TRUE(ParseJetDate(u"1999-12-31", d));
+    EXPECT_EQ(d.year * 10000 + d.month * 100 + d.day, 19991231);
+    ASSERT_TRUE(ParseJetDate(u"07:05", d));
+    EXPECT_EQ((std::vector<int>{d.year, d.month, d.day, d.hour, d.minute}), (std::vector<int>{1899, 12, 30, 7, 5}));
+    for (const char16_t* bad : {u"someday", u"13/45/2020", u"1/2/2020 25:00", u"1/2/2020 3 PM", u"1/2"})
+        EXPECT_FALSE(ParseJetDate(bad, d)) << N(bad);
+}
+
 TEST(JetSql, ParameterMarksAndFileTypes) {
     // A date between "#" marks and a back-slash at the end of a text do not
     // hide the marks behind them; marks in texts and names do not count.

@@ -34,14 +34,22 @@ TEST(VariantText, DoublesUseFifteenDigitsAndScientificForms) {
     EXPECT_EQ(Variant(999999999999999.9).ToString(), u"1E+15");
 }
 
-TEST(VariantText, SinglesUseSevenDigits) {
+TEST(VariantText, SinglesAreTheShortestTextOfTheSameFloat) {
     LocaleScope l(u".");
-    EXPECT_EQ(Variant(0.1f).ToString(), u"0.1");
-    EXPECT_EQ(Variant(1.5f).ToString(), u"1.5");
-    EXPECT_EQ(Variant(3.14159265f).ToString(), u"3.141593");
-    EXPECT_EQ(Variant(1234567.0f).ToString(), u"1234567");
-    EXPECT_EQ(Variant(1e7f).ToString(), u"1E+07");
-    EXPECT_EQ(Variant(1.33333333f).ToString(), u"1.333333");
+    const std::pair<float, const char16_t*> cases[] = {
+        {0.1f, u"0.1"},           {1.5f, u"1.5"},
+        {3.14159265f, u"3.1415927"}, {1234567.0f, u"1234567"},
+        {1e7f, u"1E+07"},         {1.33333333f, u"1.3333334"},
+        {-0.00035134f, u"-0.00035134"}, {0.000345134f, u"0.000345134"},
+        {16777216.0f, u"1.6777216E+07"}, {1e-7f, u"1E-07"},
+        {3.4028235e38f, u"3.4028235E+38"},
+    };
+    for (const auto& [f, text] : cases) {
+        String s = Variant(f).ToString();
+        EXPECT_EQ(s, text);
+        // The text reads back as the very same float.
+        EXPECT_EQ(Variant(s).ToSingle(), f) << ToUtf8(s);
+    }
 }
 
 TEST(VariantText, UsesTheUserDecimalSeparator) {

@@ -145,6 +145,89 @@ private:
     }
 };
 
+// The one row of a count read from the file.
+class CountCursor final : public Cursor {
+public:
+    explicit CountCursor(int64_t n) : n_(n) {
+        ColumnInfo c;
+        c.name = u"Expr1000";
+        c.type = adType::Integer;
+        c.size = 4;
+        c.precision = 10;
+        cols_.push_back(std::move(c));
+    }
+    const std::vector<ColumnInfo>& Columns() const override { return cols_; }
+    bool Fetch(std::vector<Variant>& row) override {
+        if (done_) return false;
+        done_ = true;
+        row.assign(1, n_ <= INT32_MAX ? Variant(static_cast<int32_t>(n_)) : Variant::FromInt64(n_));
+        return true;
+    }
+    void Cancel() override { done_ = true; }
+
+private:
+    int64_t n_;
+    bool done_ = false;
+    std::vector<ColumnInfo> cols_;
+};
+
+// One value of a statement as the Java half reads it.
+void PutValue(WireWriter& w, const JetValue& v, const std::vector<Ref<Parameter>>& params) {
+    switch (v.kind) {
+    case JetValue::Kind::Param:
+        if (v.param < 0 || static_cast<size_t>(v.param) >= params.size())
+            throw ProviderFailure({{-3010, u"07002", u"No value given for one or more required parameters."}});
+        w.Parameter(params[static_cast<size_t>(v.param)]->Type(), params[static_cast<size_t>(v.param)]->Value());
+        return;
+    case JetValue::Kind::Null:
+        w.Byte('N');
+        w.Int(0);
+        return;
+    case JetValue::Kind::Text:
+        w.Byte('S');
+        w.Text(v.text);
+        return;
+    case JetValue::Kind::Boolean:
+        w.Byte('Z');
+        w.Byte(v.truth ? 1 : 0);
+        return;
+    case JetValue::Kind::Number: {
+        // Whole numbers as integers, others as exact decimals: the column's
+        // type decides what they become, never a double on the way.
+        bool whole = v.text.find_first_not_of(u"-+0123456789") == String::npos;
+        if (whole && v.text.size() <= 18) {
+            w.Byte('J');
+            w.Long(std::stoll(ToUtf8(v.text)));
+        } else {
+            w.Byte('M');
+            w.Text(v.text);
+        }
+        return;
+    }
+    case JetValue::Kind::Date: {
+        DateParts p;
+        ParseJetDate(v.text, p);
+        w.Byte('T');
+        w.Int(p.year);
+        w.Byte(static_cast<uint8_t>(p.month));
+        w.Byte(static_cast<uint8_t>(p.day));
+        w.Byte(static_cast<uint8_t>(p.hour));
+        w.Byte(static_cast<uint8_t>(p.minute));
+        w.Byte(static_cast<uint8_t>(p.second));
+        w.Int(0);
+        return;
+    }
+    }
+}
+
+jobjectArray NamesToJava(JNIEnv* env, const Bridge& b, const std::vector<String>& names) {
+    if (names.empty()) return nullptr;
+    jobjectArray a = env->NewObjectArray(static_cast<jsize>(names.size()), b.string, nullptr);
+    Check(env);
+    for (size_t i = 0; i < names.size(); ++i) env->SetObjectArrayElement(a, static_cast<jsize>(i), ToJava(env, names[i]));
+    return a;
+}
+
 std::vector<ColumnInfo> DescribeColumns(const std::vector<uint8_t>& data) {
     WireReader r(data);
     int32_t n = r.Int();
@@ -238,6 +321,7 @@ public:
         std::unique_lock<std::mutex> g(link_->lock);
         RequireOpen();
         JetStatement st = PrepareJetStatement(sql);
+        if (!params.empty() && st.kind == JetStatement::Kind::SelectRows) st = DriverForm(sql);
         JNIEnv* env = Env();
         const Bridge& b = Classes(env);
         LocalFrame frame(env);
@@ -249,7 +333,8 @@ public:
         case JetStatement::Kind::CreateIndex: {
             if (!st.descending) {
                 try {
-                    RunPlain(env, b, st.sql, params, true, affected);
+                    RunPlain(env, b, st.sql, params.empty() ? std::vector<uint8_t>() : EncodeParameters(params),
+                             !params.empty(), true, affected);
                     return nullptr;
                 } catch (const ProviderFailure& f) {
                     // The name is taken by an index of another table: a
@@ -288,10 +373,67 @@ public:
             }
             return nullptr;
         }
+        case JetStatement::Kind::PrimaryKey: {
+            env->CallVoidMethod(link, b.linkCreatePrimaryKey, ToJava(env, st.table), ToJava(env, st.name),
+                                NamesToJava(env, b, st.columns));
+            Check(env);
+            return nullptr;
+        }
+        case JetStatement::Kind::InsertRows: {
+            WireWriter w;
+            w.Int(static_cast<int32_t>(st.rows.size()));
+            w.Int(static_cast<int32_t>(st.rows.front().size()));
+            for (const auto& row : st.rows)
+                for (const JetValue& v : row) PutValue(w, v, params);
+            try {
+                jlong n = env->CallLongMethod(link, b.linkAddRows, ToJava(env, st.table), NamesToJava(env, b, st.columns),
+                                              ToJavaBytes(env, w.Bytes()));
+                Check(env);
+                affected = n;
+                return nullptr;
+            } catch (const ProviderFailure& f) {
+                if (f.Errors().empty() || f.Errors().front().sqlState != kNotDirect) throw;
+            }
+            st = DriverForm(sql);
+            break;
+        }
+        case JetStatement::Kind::CountRows: {
+            jlong n = env->CallLongMethod(link, b.linkCountRows, ToJava(env, st.table));
+            Check(env);
+            if (n >= 0) {
+                affected = -1;
+                return std::make_unique<CountCursor>(n);
+            }
+            st = DriverForm(sql);
+            break;
+        }
+        case JetStatement::Kind::SelectRows: {
+            jobject result = env->CallObjectMethod(link, b.linkSelect, ToJava(env, st.table), NamesToJava(env, b, st.columns));
+            Check(env);
+            if (result) return RowsOf(env, b, result, affected, g);
+            st = DriverForm(sql);
+            break;
+        }
         case JetStatement::Kind::Plain: break;
         }
-        jobject result = RunPlain(env, b, st.sql, params, st.changesTables, affected);
+        std::vector<uint8_t> bound;
+        if (!st.bound.empty()) {
+            WireWriter w;
+            w.Int(static_cast<int32_t>(st.bound.size()));
+            for (const JetValue& v : st.bound) PutValue(w, v, params);
+            bound = w.Bytes();
+        } else if (!params.empty()) {
+            bound = EncodeParameters(params);
+        }
+        jobject result = RunPlain(env, b, st.sql, bound, !st.bound.empty() || !params.empty(), st.changesTables, affected);
         if (!result) return nullptr;
+        return RowsOf(env, b, result, affected, g);
+    }
+
+    // A cursor over the rows of a Java result; the connection's lock is let
+    // go, the cursor takes it for each batch.
+    std::unique_ptr<Cursor> RowsOf(JNIEnv* env, const Bridge& b, jobject result, int64_t& affected,
+                                   std::unique_lock<std::mutex>& g) {
         std::vector<ColumnInfo> cols;
         try {
             auto described = static_cast<jbyteArray>(env->CallObjectMethod(result, b.resultColumns));
@@ -327,14 +469,15 @@ public:
 private:
     // The driver's code for a name that its mirror has already.
     static constexpr int32_t kNameExists = -5504;
+    // The Java half's word for rows that must go through the driver.
+    static constexpr const char16_t* kNotDirect = u"ZJ001";
     std::shared_ptr<JetLink> link_;
 
     // Runs a statement through the driver: its result when it gives rows,
     // otherwise nothing, with the count of rows touched in `affected`.
-    jobject RunPlain(JNIEnv* env, const Bridge& b, const String& sql, const std::vector<Ref<Parameter>>& params,
-                     bool changesTables, int64_t& affected) {
-        jbyteArray bound = nullptr;
-        if (!params.empty()) bound = ToJavaBytes(env, EncodeParameters(params));
+    jobject RunPlain(JNIEnv* env, const Bridge& b, const String& sql, const std::vector<uint8_t>& params,
+                     bool withParams, bool changesTables, int64_t& affected) {
+        jbyteArray bound = withParams ? ToJavaBytes(env, params) : nullptr;
         jobject result = env->CallObjectMethod(link_->link.get(), b.linkExecute, ToJava(env, sql), bound,
                                                changesTables ? JNI_TRUE : JNI_FALSE);
         Check(env);

@@ -1,6 +1,7 @@
 #include "platform/ado/jet/jet_sql.hpp"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace zolsdk::ado::detail::jet {
 
@@ -347,6 +348,187 @@ JetStatement Refuse(StringView what, StringView why) {
     return s;
 }
 
+// ---- values ------------------------------------------------------------------------------
+
+// The value of a text literal, its quotes taken off and doubled quotes made one.
+String TextLiteral(const String& token) {
+    char16_t q = token[0];
+    String out;
+    for (size_t i = 1; i + 1 < token.size(); ++i) {
+        out += token[i];
+        if (token[i] == q && token[i + 1] == q) ++i;
+    }
+    return out;
+}
+
+JetValue ParamValue(int32_t i) {
+    JetValue v;
+    v.kind = JetValue::Kind::Param;
+    v.param = i;
+    return v;
+}
+
+JetValue TextValue(const String& token) {
+    JetValue v;
+    v.kind = JetValue::Kind::Text;
+    v.text = TextLiteral(token);
+    return v;
+}
+
+bool IsRowStatement(const std::vector<Token>& t) {
+    size_t first = Next(t, 0);
+    if (first >= t.size()) return false;
+    return IsWord(t[first], u"SELECT") || IsWord(t[first], u"INSERT") || IsWord(t[first], u"UPDATE") ||
+           IsWord(t[first], u"DELETE") || IsWord(t[first], u"TRANSFORM") || IsPunct(t[first], u'(');
+}
+
+// Takes the text literals out of a statement that reads or writes rows:
+// each becomes a "?" mark bound to its value. The parameters of the marks
+// already there keep their order among them.
+void CutLiterals(JetStatement& p) {
+    std::vector<Token> t = Tokenize(p.sql);
+    if (!IsRowStatement(t)) return;
+    std::vector<JetValue> bound;
+    bool cut = false;
+    int32_t mark = 0;
+    for (Token& tok : t) {
+        if (IsPunct(tok, u'?')) {
+            bound.push_back(ParamValue(mark++));
+        } else if (tok.kind == Tok::Text && tok.text.size() >= 2 && tok.text.back() == tok.text.front()) {
+            bound.push_back(TextValue(tok.text));
+            tok = Token{Tok::Punct, u"?"};
+            cut = true;
+        }
+    }
+    if (!cut) return;
+    p.sql = Join(t);
+    p.bound = std::move(bound);
+}
+
+bool IsNameToken(const Token& t) { return t.kind == Tok::Name || (t.kind == Tok::Word && !IsKeyword(t)); }
+
+// "( a, b, ... )" from solid position k: the names, and k past the ")".
+bool NameList(const std::vector<Token>& t, const std::vector<size_t>& s, size_t& k, std::vector<String>& names) {
+    if (k >= s.size() || !IsPunct(t[s[k]], u'(')) return false;
+    ++k;
+    for (;;) {
+        if (k >= s.size() || !IsNameToken(t[s[k]])) return false;
+        names.push_back(Unquote(t[s[k]]));
+        ++k;
+        if (k < s.size() && IsPunct(t[s[k]], u',')) { ++k; continue; }
+        if (k < s.size() && IsPunct(t[s[k]], u')')) { ++k; return true; }
+        return false;
+    }
+}
+
+bool AtEnd(const std::vector<Token>& t, const std::vector<size_t>& s, size_t k) {
+    return k == s.size() || (k + 1 == s.size() && IsPunct(t[s[k]], u';'));
+}
+
+// INSERT INTO t [(columns)] VALUES (values)[, (values)]... with values that
+// are literals, NULL, True, False or "?" marks.
+bool ParseInsert(const std::vector<Token>& t, JetStatement& st) {
+    std::vector<size_t> s = Solid(t);
+    size_t k = 0;
+    if (s.size() < 5 || !IsWord(t[s[0]], u"INSERT") || !IsWord(t[s[1]], u"INTO") || !IsNameToken(t[s[2]])) return false;
+    st.table = Unquote(t[s[2]]);
+    k = 3;
+    if (k < s.size() && IsPunct(t[s[k]], u'(') && !NameList(t, s, k, st.columns)) return false;
+    if (k >= s.size() || !IsWord(t[s[k]], u"VALUES")) return false;
+    ++k;
+    int32_t mark = 0;
+    for (;;) {
+        if (k >= s.size() || !IsPunct(t[s[k]], u'(')) return false;
+        ++k;
+        std::vector<JetValue> row;
+        for (;;) {
+            if (k >= s.size()) return false;
+            const Token& tok = t[s[k]];
+            JetValue v;
+            String sign;
+            if ((IsPunct(tok, u'-') || IsPunct(tok, u'+')) && k + 1 < s.size() && t[s[k + 1]].kind == Tok::Number &&
+                s[k + 1] == s[k] + 1) {
+                sign = tok.text == u"-" ? u"-" : u"";
+                ++k;
+            }
+            const Token& val = t[s[k]];
+            if (val.kind == Tok::Number) {
+                v.kind = JetValue::Kind::Number;
+                v.text = sign + val.text;
+            } else if (!sign.empty()) {
+                return false;
+            } else if (val.kind == Tok::Text) {
+                if (val.text.size() < 2 || val.text.back() != val.text.front()) return false;
+                v = TextValue(val.text);
+            } else if (IsPunct(val, u'?')) {
+                v = ParamValue(mark++);
+            } else if (IsWord(val, u"NULL")) {
+                v.kind = JetValue::Kind::Null;
+            } else if (IsWord(val, u"TRUE") || IsWord(val, u"FALSE")) {
+                v.kind = JetValue::Kind::Boolean;
+                v.truth = IsWord(val, u"TRUE");
+            } else if (val.kind == Tok::Date && val.text.size() >= 2 && val.text.back() == u'#') {
+                v.kind = JetValue::Kind::Date;
+                v.text = val.text.substr(1, val.text.size() - 2);
+                DateParts p;
+                if (!ParseJetDate(v.text, p)) return false;
+            } else {
+                return false;
+            }
+            row.push_back(std::move(v));
+            ++k;
+            if (k < s.size() && IsPunct(t[s[k]], u',')) { ++k; continue; }
+            if (k < s.size() && IsPunct(t[s[k]], u')')) { ++k; break; }
+            return false;
+        }
+        if (!st.rows.empty() && row.size() != st.rows.front().size()) return false;
+        if (!st.columns.empty() && row.size() != st.columns.size()) return false;
+        st.rows.push_back(std::move(row));
+        if (k < s.size() && IsPunct(t[s[k]], u',')) { ++k; continue; }
+        return AtEnd(t, s, k);
+    }
+}
+
+// SELECT * FROM t, SELECT a, b FROM t, SELECT COUNT(*) FROM t.
+bool ParseWholeTableSelect(const std::vector<Token>& t, JetStatement& st) {
+    std::vector<size_t> s = Solid(t);
+    if (s.size() < 4 || !IsWord(t[s[0]], u"SELECT")) return false;
+    size_t k = 1;
+    if (IsPunct(t[s[1]], u'*')) {
+        st.kind = JetStatement::Kind::SelectRows;
+        k = 2;
+    } else if (IsWord(t[s[1]], u"COUNT") && s.size() >= 7 && IsPunct(t[s[2]], u'(') && IsPunct(t[s[3]], u'*') &&
+               IsPunct(t[s[4]], u')')) {
+        st.kind = JetStatement::Kind::CountRows;
+        k = 5;
+    } else {
+        st.kind = JetStatement::Kind::SelectRows;
+        for (;;) {
+            if (k >= s.size() || !IsNameToken(t[s[k]])) return false;
+            st.columns.push_back(Unquote(t[s[k]]));
+            ++k;
+            if (k < s.size() && IsPunct(t[s[k]], u',')) { ++k; continue; }
+            break;
+        }
+    }
+    if (k + 1 >= s.size() || !IsWord(t[s[k]], u"FROM") || !IsNameToken(t[s[k + 1]])) return false;
+    st.table = Unquote(t[s[k + 1]]);
+    return AtEnd(t, s, k + 2);
+}
+
+// ALTER TABLE t ADD CONSTRAINT name PRIMARY KEY (columns)
+bool ParsePrimaryKey(const std::vector<Token>& t, JetStatement& st) {
+    std::vector<size_t> s = Solid(t);
+    if (s.size() < 10 || !IsWord(t[s[0]], u"ALTER") || !IsWord(t[s[1]], u"TABLE") || !IsNameToken(t[s[2]]) ||
+        !IsWord(t[s[3]], u"ADD") || !IsWord(t[s[4]], u"CONSTRAINT") || !IsNameToken(t[s[5]]) ||
+        !IsWord(t[s[6]], u"PRIMARY") || !IsWord(t[s[7]], u"KEY"))
+        return false;
+    st.table = Unquote(t[s[2]]);
+    st.name = Unquote(t[s[5]]);
+    size_t k = 8;
+    return NameList(t, s, k, st.columns) && AtEnd(t, s, k);
+}
+
 } // namespace
 
 String TranslateJetSql(StringView sql) {
@@ -392,6 +574,58 @@ String JetFileType(StringView typeText) {
     if (word == u"DECIMAL" || word == u"NUMERIC" || word == u"DEC")
         return u"NUMERIC:0:" + IntText(arg(0, 18)) + u":" + IntText(arg(1, 0));
     return {};
+}
+
+bool ParseJetDate(StringView text, DateParts& p) {
+    // m/d/yyyy, yyyy-m-d, either with h:n[:s] after a blank, or a time alone.
+    std::string s = ToUtf8(Trim(String(text)));
+    p = DateParts{};
+    p.year = 1899;
+    p.month = 12;
+    p.day = 30;
+    int a = 0, b = 0, c = 0, n = 0;
+    char sep = 0;
+    const char* cur = s.c_str();
+    int used = 0;
+    if (std::sscanf(cur, "%d%c%d", &a, &sep, &b) == 3 && (sep == '/' || sep == '-')) {
+        char sep2 = 0;
+        if (std::sscanf(cur, "%d%c%d%c%d%n", &a, &sep, &b, &sep2, &c, &used) != 5 || sep2 != sep) return false;
+        if (sep == '/') {
+            p.month = a;
+            p.day = b;
+            p.year = c;
+        } else {
+            p.year = a;
+            p.month = b;
+            p.day = c;
+        }
+        cur += used;
+        while (*cur == ' ') ++cur;
+    }
+    if (*cur) {
+        int h = 0, m = 0, sec = 0;
+        n = std::sscanf(cur, "%d:%d%n:%d%n", &h, &m, &used, &sec, &used);
+        if (n < 2) return false;
+        if (n < 3) sec = 0;
+        cur += used;
+        if (*cur) return false;
+        if (h < 0 || h > 23 || m < 0 || m > 59 || sec < 0 || sec > 59) return false;
+        p.hour = h;
+        p.minute = m;
+        p.second = sec;
+    }
+    if (p.year < 100 || p.year > 9999 || p.month < 1 || p.month > 12 || p.day < 1 || p.day > 31) return false;
+    return true;
+}
+
+JetStatement DriverForm(StringView sql) {
+    JetStatement p;
+    p.sql = TranslateJetSql(sql);
+    std::vector<Token> t = Tokenize(sql);
+    size_t first = Next(t, 0);
+    p.changesTables = first < t.size() && (IsWord(t[first], u"CREATE") || IsWord(t[first], u"ALTER") || IsWord(t[first], u"DROP"));
+    if (!p.changesTables) CutLiterals(p);
+    return p;
 }
 
 JetStatement PrepareJetStatement(StringView sql) {
@@ -475,10 +709,18 @@ JetStatement PrepareJetStatement(StringView sql) {
         }
     }
 
-    JetStatement p;
-    p.sql = TranslateJetSql(sql);
-    p.changesTables = IsWord(at(0), u"CREATE") || IsWord(at(0), u"ALTER") || IsWord(at(0), u"DROP");
-    return p;
+    JetStatement direct;
+    if (IsWord(at(0), u"INSERT") && ParseInsert(t, direct)) {
+        direct.kind = JetStatement::Kind::InsertRows;
+        return direct;
+    }
+    if (IsWord(at(0), u"SELECT") && ParseWholeTableSelect(t, direct)) return direct;
+    if (IsWord(at(0), u"ALTER") && ParsePrimaryKey(t, direct)) {
+        direct.kind = JetStatement::Kind::PrimaryKey;
+        direct.changesTables = true;
+        return direct;
+    }
+    return DriverForm(sql);
 }
 
 } // namespace zolsdk::ado::detail::jet

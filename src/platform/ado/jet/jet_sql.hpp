@@ -12,17 +12,40 @@
 //    table uses already, is made in the file directly;
 //  - it refuses ALTER COLUMN, DROP COLUMN, DROP INDEX and DROP PRIMARY KEY:
 //    a change of NULL / NOT NULL is made in the file directly, the rest is
-//    refused with a message that says so.
+//    refused with a message that says so;
+//  - it names every primary key "PrimaryKey": a primary key is made in the
+//    file with the name the statement gives.
+// And one that is not about its SQL: the driver converts the text of a
+// statement, literals included ("AA^AA" would arrive as "POWER(AA, AA)").
+// No value may be seen by that conversion, so the text literals of every
+// statement that reads or writes rows are taken out and bound as
+// parameters, and plain INSERTs and SELECTs of whole tables do not go
+// through the driver at all: the file library writes and reads their rows.
 #include <cstdint>
 #include <vector>
 
+#include "zolsdk/platform/datetime.hpp"
 #include "zolsdk/platform/text.hpp"
 
 namespace zolsdk::ado::detail::jet {
 
+// One value of a statement: a literal taken out of its text, or the
+// parameter of one of its "?" marks.
+struct JetValue {
+    enum class Kind { Param, Null, Text, Number, Boolean, Date };
+    Kind kind = Kind::Null;
+    String text;        // Text: the value; Number: the digits, sign included; Date: between the # marks
+    bool truth = false; // Boolean
+    int32_t param = -1; // Param: the index of the parameter
+};
+
 struct JetStatement {
     enum class Kind {
-        Plain,        // `sql` goes to the driver
+        Plain,        // `sql` goes to the driver, with `bound` for its "?" marks
+        InsertRows,   // `rows` for `columns` of `table` (all of them when empty), by the file's row calls
+        SelectRows,   // `columns` of `table` (all when empty), read from the file
+        CountRows,    // the number of rows of `table`
+        PrimaryKey,   // the primary key `name` of `table` over `columns`, made in the file
         CreateIndex,  // `sql` goes to the driver unless the index must be made in the file
         AlterColumn,  // NULL / NOT NULL of a column, set in the file
         Refused,      // cannot be done: `refusal` says why
@@ -43,14 +66,28 @@ struct JetStatement {
     String fileType;
     int required = -1;
     String refusal;
+    // Plain (and the driver's form of the kinds above): what each "?" mark
+    // of `sql` stands for, in order; empty when `sql` is the statement as
+    // given, whose marks take the parameters in order.
+    std::vector<JetValue> bound;
+    std::vector<std::vector<JetValue>> rows; // InsertRows
 };
 
 // What to do with one statement.
 JetStatement PrepareJetStatement(StringView sql);
 
+// The statement for the driver, with its text literals taken out (`sql`
+// and `bound` of a Plain statement): the form a statement takes when the
+// file's row calls cannot do it.
+JetStatement DriverForm(StringView sql);
+
 // The statement with the driver's type names and operators (used by
 // PrepareJetStatement for plain statements).
 String TranslateJetSql(StringView sql);
+
+// A date as Jet writes it between "#" marks (m/d/yyyy or yyyy-m-d, with a
+// time h:n[:s] or alone); false for any other form.
+bool ParseJetDate(StringView text, DateParts& parts);
 
 // The "?" marks of a statement, outside texts, [names] and #dates#.
 int32_t CountJetParameterMarks(StringView sql);

@@ -1,6 +1,7 @@
 #include "platform/ado/jet/jvm.hpp"
 
 #include <dlfcn.h>
+#include <unistd.h>
 
 #include <mutex>
 #include <string>
@@ -26,12 +27,26 @@ using CreateVmFn = jint (*)(JavaVM**, void**, void*);
 using CreatedVmsFn = jint (*)(JavaVM**, jsize, jsize*);
 
 // The options of the embedded JVM. -Xrs leaves SIGINT, SIGTERM and the rest
-// to the host program; the serial collector keeps the JVM's own threads few.
+// to the host program; the serial collector and two compiler threads keep
+// the JVM's own threads few on a host that has its own work; no perf-data
+// file is left in the temp folder by each process. The heap grows from a
+// small start up to a limit that holds the driver's mirror of a large file.
+// The provider's classes come from a shared archive made at build time
+// when there is one (the JVM loads them as mapped memory: a faster start).
 std::vector<std::string> VmOptions() {
-    return {
+    std::vector<std::string> o = {
         std::string("-Djava.class.path=") + ZOLSDK_JET_CLASSPATH,
         "-Xrs",
         "-XX:+UseSerialGC",
+        "-XX:-UsePerfData",
+        "-XX:TieredStopAtLevel=1",
+        "-XX:CICompilerCount=1",
+        "-Xss1m",
+        "-Xms16m",
+        "-Xmx1g",
+        "-XX:ReservedCodeCacheSize=48m",
+        // A shared archive that does not fit this JVM is left unused without a word.
+        "-Xlog:disable",
         "-Djava.awt.headless=true",
         "-Dfile.encoding=UTF-8",
         // A library inside the driver's dependencies logs through an API
@@ -39,6 +54,11 @@ std::vector<std::string> VmOptions() {
         "-Dlog4j2.loggerContextFactory=org.apache.logging.log4j.simple.SimpleLoggerContextFactory",
         "-Dorg.apache.logging.log4j.simplelog.StatusLogger.level=OFF",
     };
+    if (std::string archive = ZOLSDK_JET_CDS_ARCHIVE; !archive.empty() && ::access(archive.c_str(), R_OK) == 0) {
+        o.push_back("-XX:SharedArchiveFile=" + archive);
+        o.push_back("-Xshare:auto");
+    }
+    return o;
 }
 
 JavaVM* StartVm() {
@@ -160,6 +180,13 @@ const Bridge& Classes(JNIEnv* env) {
             c.linkColumns = Method(env, c.link, "columns", "(Ljava/lang/String;)[B");
             c.linkIndexes = Method(env, c.link, "indexes", "(Ljava/lang/String;)[B");
             c.linkRelationships = Method(env, c.link, "relationships", "()[B");
+            c.linkAddRows = Method(env, c.link, "addRows", "(Ljava/lang/String;[Ljava/lang/String;[B)J");
+            c.linkSelect =
+                Method(env, c.link, "select", "(Ljava/lang/String;[Ljava/lang/String;)Lzolsdk/jet/JetBridge$Result;");
+            c.linkCountRows = Method(env, c.link, "countRows", "(Ljava/lang/String;)J");
+            c.linkCreatePrimaryKey = Method(env, c.link, "createPrimaryKey",
+                                            "(Ljava/lang/String;Ljava/lang/String;[Ljava/lang/String;)V");
+            c.linkIsJet3 = Method(env, c.link, "isJet3", "()Z");
             c.resultCount = Method(env, c.result, "count", "()J");
             c.resultHasRows = Method(env, c.result, "hasRows", "()Z");
             c.resultColumns = Method(env, c.result, "columns", "()[B");

@@ -34,7 +34,8 @@ struct Bridge {
     jmethodID open = nullptr, create = nullptr, release = nullptr, inUse = nullptr, describe = nullptr;
     jmethodID linkClose = nullptr, linkExecute = nullptr, linkCreateIndex = nullptr, linkColumnType = nullptr,
               linkSetRequired = nullptr, linkTables = nullptr, linkColumns = nullptr, linkIndexes = nullptr,
-              linkRelationships = nullptr;
+              linkRelationships = nullptr, linkAddRows = nullptr, linkSelect = nullptr, linkCountRows = nullptr,
+              linkCreatePrimaryKey = nullptr, linkIsJet3 = nullptr;
     jmethodID resultCount = nullptr, resultHasRows = nullptr, resultColumns = nullptr, resultFetch = nullptr,
               resultClose = nullptr;
 };

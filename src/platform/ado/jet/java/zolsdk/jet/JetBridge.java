@@ -1,6 +1,8 @@
 package zolsdk.jet;
 
 import io.github.spannm.jackcess.Column;
+import io.github.spannm.jackcess.Cursor;
+import io.github.spannm.jackcess.CursorBuilder;
 import io.github.spannm.jackcess.Database;
 import io.github.spannm.jackcess.DatabaseBuilder;
 import io.github.spannm.jackcess.Index;
@@ -45,42 +47,64 @@ import java.util.TimerTask;
  * methods through JNI and exchanges values as byte arrays in one small
  * format (see Wire), so that a batch of rows crosses in one call.
  *
- * The JDBC driver copies a whole file into an in-memory mirror when the
- * first connection to it opens, and drops the mirror when the last one
- * closes. Statements arrive one connection each, so every file in use gets
- * a keeper: one extra connection that holds the mirror between statements
- * and is closed after a quiet spell, when the file is dropped or created
- * again, or when another file has taken its place at the same path.
+ * A file is reached two ways. Rows written by plain INSERTs, rows read by
+ * plain SELECTs and every schema question go to the file library directly.
+ * Every other statement runs through the JDBC driver, which copies the whole
+ * file into an in-memory mirror when its first connection to the file opens
+ * and drops the mirror when the last one closes. So the driver is started
+ * for a file only when a statement needs it; from then on a keeper (one
+ * extra connection) holds the mirror between statements and is closed after
+ * a quiet spell, when the file is dropped or created again, or when another
+ * file has taken its place at the same path. While the driver holds a file,
+ * direct work goes through the driver's own handle of it, so that one
+ * handle writes the file.
  */
 public final class JetBridge {
     private JetBridge() {}
 
-    /** How long a mirror outlives the last statement on its file. */
+    /** How long a file stays open after the last statement on it. */
     static final long IDLE_MILLIS = 120_000L;
 
-    private static final Map<String, Keeper> KEEPERS = new HashMap<>();
-    private static final Map<String, Integer> OPEN_LINKS = new HashMap<>();
-    /**
-     * Files whose tables changed since their mirror was made. The driver's
-     * mirror of a table that it created itself is not always what it reads
-     * back from the file (currency columns, for one, refuse values above
-     * 9999.9999 until the file is read again), and tables changed in the file
-     * directly are not in the mirror at all: the next statement that reads or
-     * writes rows has the mirror made afresh.
-     */
-    private static final java.util.Set<String> STALE = new java.util.HashSet<>();
+    private static final Map<String, FileState> FILES = new HashMap<>();
     private static final Timer IDLE_TIMER = new Timer("zolsdk-jet-idle", true);
 
-    private static final class Keeper {
-        Connection connection;
+    /** What the process holds of one file. Guarded by FILES. */
+    private static final class FileState {
+        final String key;
         Object fileKey;
+        /** The file library's handle while the driver holds no mirror. */
+        Database own;
+        /** Direct readers still walking `own`: it stays open for them. */
+        int ownReaders;
+        /** A handle the driver replaced while readers walked it. */
+        final List<Database> retired = new ArrayList<>();
+        Connection keeper;
+        /** The file's own password ("" for none), once read. */
+        String password;
+        int links;
+        int driverLinks;
+        /**
+         * The file changed beside the driver's mirror (rows written directly,
+         * an index or a property set in the file). The driver's mirror of a
+         * table it created itself is not always what it reads back from the
+         * file either (currency columns, for one, refuse values above
+         * 9999.9999 until the file is read again): the next driver statement
+         * that reads or writes rows has the mirror made afresh.
+         */
+        boolean stale;
         long lastUse;
+        boolean idleCheck;
+
+        FileState(String key) {
+            this.key = key;
+        }
     }
 
     private static String url(String path) {
         // The driver releases a mirror as soon as its last connection closes;
-        // the keeper decides how long that takes.
-        return "jdbc:ucanaccess://" + path + ";immediatelyReleaseResources=true";
+        // the keeper decides how long that takes. It opens the file as the
+        // provider does (Jet 3 text in its code page).
+        return "jdbc:ucanaccess://" + path + ";immediatelyReleaseResources=true;jackcessOpener=" + FileOpener.class.getName();
     }
 
     private static String canonical(String path) {
@@ -107,7 +131,7 @@ public final class JetBridge {
         try (java.io.InputStream in = new java.io.FileInputStream(path)) {
             if (in.readNBytes(head, 0, head.length) < head.length) return false;
         } catch (IOException e) {
-            return true; // unreadable: the driver says why
+            return true; // unreadable: the library says why
         }
         String magic = new String(head, 4, 15, java.nio.charset.StandardCharsets.ISO_8859_1);
         return magic.equals("Standard Jet DB") || magic.equals("Standard ACE DB");
@@ -122,7 +146,16 @@ public final class JetBridge {
         }
     }
 
-    /** Opens a connection to the file; a keeper holds its mirror from now on. */
+    private static void closeQuietly(Database db) {
+        if (db == null) return;
+        try {
+            db.close();
+        } catch (IOException ignored) {
+            // Closing what is let go.
+        }
+    }
+
+    /** Opens a connection to the file. */
     public static Link open(String path, String password) throws Exception {
         String key = canonical(path);
         String pw = password == null ? "" : password;
@@ -130,77 +163,102 @@ public final class JetBridge {
         // Jet opens only what exists.
         if (!new File(key).isFile()) throw new SQLException("Could not find file '" + path + "'.", "HY000", -1811);
         if (!looksLikeJet(key)) throw new SQLException("Unrecognized database format '" + path + "'.", "HY000", -1206);
-        synchronized (KEEPERS) {
-            Keeper k = KEEPERS.get(key);
+        synchronized (FILES) {
+            FileState st = FILES.get(key);
             Object current = fileKey(key);
-            if (k != null && (current == null || !current.equals(k.fileKey))) {
-                // Another file stands at the path now (or none does): the kept
-                // mirror shows the old one.
-                dropKeeper(key);
+            if (st != null && (current == null || !current.equals(st.fileKey))) {
+                // Another file stands at the path now (or none does): what is
+                // held shows the old one.
+                dropFile(st);
+                st = null;
             }
-            Connection c = DriverManager.getConnection(url(key), "", pw);
-            keep(key, pw, current);
-            OPEN_LINKS.merge(key, 1, Integer::sum);
-            return new Link(key, pw, c);
+            if (st == null) {
+                st = new FileState(key);
+                st.fileKey = current;
+                FILES.put(key, st);
+            }
+            if (st.password == null) {
+                Database db = st.keeper != null ? ((net.ucanaccess.jdbc.UcanaccessConnection) st.keeper).getDbIO()
+                                                : ownDatabase(st);
+                String stored = db.getDatabasePassword();
+                st.password = stored == null ? "" : stored;
+            }
+            // A password given for a file that has none is ignored.
+            if (!st.password.isEmpty() && !st.password.equals(pw)) {
+                if (st.links == 0) dropFile(st);
+                throw new SQLException("Not a valid password.", "28000", -1905);
+            }
+            st.links++;
+            st.lastUse = System.currentTimeMillis();
+            scheduleIdleCheck(st);
+            // The driver's mirror takes the password of its first connection
+            // and refuses any other: every connection gives the file's own.
+            return new Link(st, st.password);
         }
     }
 
-    /** Starts a keeper for the file unless one runs; notes the use. Call under KEEPERS. */
-    private static void keep(String key, String password, Object fileKey) {
-        Keeper k = KEEPERS.get(key);
-        if (k == null) {
-            try {
-                k = new Keeper();
-                k.connection = DriverManager.getConnection(url(key), "", password);
-                k.fileKey = fileKey;
-                KEEPERS.put(key, k);
-                scheduleIdleCheck(key);
-            } catch (SQLException e) {
-                // Statements still work, only slower: each one reloads the file.
-                return;
-            }
+    /** The file library's own handle of the file. Call under FILES. */
+    private static Database ownDatabase(FileState st) throws IOException {
+        if (st.own == null) st.own = FileOpener.openFile(new File(st.key), null);
+        return st.own;
+    }
+
+    /** Lets go of everything held of a file. Call under FILES. */
+    private static void dropFile(FileState st) {
+        closeQuietly(st.keeper);
+        st.keeper = null;
+        closeQuietly(st.own);
+        st.own = null;
+        for (Database db : st.retired) closeQuietly(db);
+        st.retired.clear();
+        st.stale = false;
+        FILES.remove(st.key, st);
+    }
+
+    /** Starts the driver's mirror of the file unless it runs. Call under FILES. */
+    private static void startDriver(FileState st, String password) throws SQLException {
+        if (st.keeper != null) return;
+        // One handle writes the file: the driver's from now on.
+        if (st.own != null) {
+            if (st.ownReaders == 0) closeQuietly(st.own);
+            else st.retired.add(st.own);
+            st.own = null;
         }
-        k.lastUse = System.currentTimeMillis();
+        st.keeper = DriverManager.getConnection(url(st.key), "", password);
+        st.stale = false;
     }
 
-    /** Closes the keeper of a file. Call under KEEPERS. */
-    private static void dropKeeper(String key) {
-        Keeper k = KEEPERS.remove(key);
-        if (k != null) closeQuietly(k.connection);
-        STALE.remove(key);
-    }
-
-    private static void scheduleIdleCheck(String key) {
+    private static void scheduleIdleCheck(FileState st) {
+        if (st.idleCheck) return;
+        st.idleCheck = true;
         IDLE_TIMER.schedule(new TimerTask() {
             @Override
             public void run() {
-                synchronized (KEEPERS) {
-                    Keeper k = KEEPERS.get(key);
-                    if (k == null) return;
-                    long idle = System.currentTimeMillis() - k.lastUse;
-                    if (idle >= IDLE_MILLIS && OPEN_LINKS.getOrDefault(key, 0) == 0) {
-                        KEEPERS.remove(key);
-                        closeQuietly(k.connection);
-                    } else {
-                        scheduleIdleCheck(key);
-                    }
+                synchronized (FILES) {
+                    st.idleCheck = false;
+                    if (FILES.get(st.key) != st) return;
+                    long idle = System.currentTimeMillis() - st.lastUse;
+                    if (idle >= IDLE_MILLIS && st.links == 0 && st.ownReaders == 0) dropFile(st);
+                    else scheduleIdleCheck(st);
                 }
             }
         }, IDLE_MILLIS);
     }
 
-    /** Drops the kept mirror of a file, so that the next open reads the file afresh. */
+    /** Lets go of a file, so that the next open reads it afresh. */
     public static void release(String path) {
         String key = canonical(path);
-        synchronized (KEEPERS) {
-            dropKeeper(key);
+        synchronized (FILES) {
+            FileState st = FILES.get(key);
+            if (st != null) dropFile(st);
         }
     }
 
-    /** True while a connection of this process (not a keeper) has the file open. */
+    /** True while a connection of this process has the file open. */
     public static boolean inUse(String path) {
-        synchronized (KEEPERS) {
-            return OPEN_LINKS.getOrDefault(canonical(path), 0) > 0;
+        synchronized (FILES) {
+            FileState st = FILES.get(canonical(path));
+            return st != null && st.links > 0;
         }
     }
 
@@ -236,79 +294,111 @@ public final class JetBridge {
 
     /** One open connection of the native side. */
     public static final class Link {
-        private final String key;
+        private final FileState st;
         private final String password;
         private Connection connection;
         private boolean closed;
 
-        Link(String key, String password, Connection connection) {
-            this.key = key;
+        Link(FileState st, String password) {
+            this.st = st;
             this.password = password;
-            this.connection = connection;
         }
 
         private void changed() {
-            synchronized (KEEPERS) {
-                STALE.add(key);
+            synchronized (FILES) {
+                if (st.keeper != null) st.stale = true;
             }
         }
 
-        /** Has the mirror made afresh if the tables changed and no one else holds it. */
-        private void refreshIfStale() throws SQLException {
-            synchronized (KEEPERS) {
-                if (!STALE.contains(key) || OPEN_LINKS.getOrDefault(key, 0) > 1) return;
-                Object fileKey = null;
-                Keeper k = KEEPERS.get(key);
-                if (k != null) fileKey = k.fileKey;
-                // The driver drops a mirror with its last connection; the next
-                // connection reads the file again.
-                closeQuietly(connection);
-                connection = null;
-                dropKeeper(key);
-                connection = DriverManager.getConnection(url(key), "", password);
-                keep(key, password, fileKey != null ? fileKey : fileKey(key));
+        /** The driver's connection, with a mirror made afresh if the file changed beside it. */
+        private Connection driver(boolean refresh) throws SQLException {
+            synchronized (FILES) {
+                if (closed) throw new SQLException("the connection to the Access file was closed", "08003", 0);
+                if (connection == null || st.keeper == null) {
+                    closeQuietly(connection);
+                    if (connection != null) st.driverLinks--;
+                    connection = null;
+                    startDriver(st, password);
+                    connection = DriverManager.getConnection(url(st.key), "", password);
+                    st.driverLinks++;
+                }
+                // Others read the mirror: it stays as it is for them.
+                if (refresh && st.stale && st.driverLinks <= 1) {
+                    // The driver drops a mirror with its last connection; the
+                    // next connection reads the file again.
+                    closeQuietly(connection);
+                    connection = null;
+                    st.driverLinks--;
+                    closeQuietly(st.keeper);
+                    st.keeper = null;
+                    startDriver(st, password);
+                    connection = DriverManager.getConnection(url(st.key), "", password);
+                    st.driverLinks++;
+                }
+                return connection;
             }
         }
 
-        private Database database() throws SQLException {
-            try {
-                return ((net.ucanaccess.jdbc.UcanaccessConnection) connection).getDbIO();
-            } catch (ClassCastException e) {
-                throw new SQLException("the connection gives no access to the file's tables", e);
+        /** The file library's handle: the driver's while it holds the file. */
+        Database database() throws SQLException {
+            synchronized (FILES) {
+                if (closed) throw new SQLException("the connection to the Access file was closed", "08003", 0);
+                try {
+                    if (st.keeper != null) return ((net.ucanaccess.jdbc.UcanaccessConnection) st.keeper).getDbIO();
+                    return ownDatabase(st);
+                } catch (ClassCastException e) {
+                    throw new SQLException("the connection gives no access to the file's tables", e);
+                } catch (IOException e) {
+                    throw new SQLException(e.getMessage(), "HY000", -1206, e);
+                }
             }
+        }
+
+        /** True for a Jet 3 (Access 97) file. */
+        public boolean isJet3() throws Exception {
+            return FileOpener.isJet3(database());
         }
 
         public void close() {
-            if (closed) return;
-            closed = true;
-            closeQuietly(connection);
-            connection = null;
-            synchronized (KEEPERS) {
-                OPEN_LINKS.merge(key, -1, Integer::sum);
-                if (OPEN_LINKS.get(key) <= 0) OPEN_LINKS.remove(key);
-                Keeper k = KEEPERS.get(key);
-                if (k != null) k.lastUse = System.currentTimeMillis();
+            synchronized (FILES) {
+                if (closed) return;
+                closed = true;
+                if (connection != null) {
+                    closeQuietly(connection);
+                    connection = null;
+                    st.driverLinks--;
+                }
+                st.links--;
+                st.lastUse = System.currentTimeMillis();
+                if (st.own != null) {
+                    try {
+                        st.own.flush();
+                    } catch (IOException ignored) {
+                        // Written on close at the latest.
+                    }
+                }
             }
         }
 
         /**
-         * Runs a statement; params is null or a Wire list of values for the
-         * "?" marks. A statement that changes tables says so.
+         * Runs a statement through the driver; params is null or a Wire list
+         * of values for the "?" marks. A statement that changes tables says so:
+         * a new table or index needs no fresh mirror first.
          */
         public Result execute(String sql, byte[] params, boolean changesTables) throws Exception {
-            if (!changesTables) refreshIfStale();
+            Connection c = driver(!changesTables);
             Result r;
             if (params == null) {
-                Statement st = connection.createStatement();
+                Statement stmt = c.createStatement();
                 try {
-                    boolean rows = st.execute(sql);
-                    r = new Result(this, st, rows ? st.getResultSet() : null, rows ? -1 : st.getUpdateCount());
+                    boolean rows = stmt.execute(sql);
+                    r = new Result(this, stmt, rows ? stmt.getResultSet() : null, rows ? -1 : stmt.getUpdateCount());
                 } catch (Exception e) {
-                    st.close();
+                    stmt.close();
                     throw e;
                 }
             } else {
-                PreparedStatement ps = connection.prepareStatement(sql);
+                PreparedStatement ps = c.prepareStatement(sql);
                 try {
                     Wire.bind(ps, params);
                     boolean rows = ps.execute();
@@ -320,6 +410,73 @@ public final class JetBridge {
             }
             if (changesTables) changed();
             return r;
+        }
+
+        /**
+         * Adds rows with the file library's row calls (see RowWriter); fails
+         * with RowWriter.NOT_DIRECT, having written nothing, when the
+         * statement must go through the driver.
+         */
+        public long addRows(String table, String[] columns, byte[] rows) throws Exception {
+            long n = RowWriter.addRows(database(), table, columns, rows);
+            changed();
+            synchronized (FILES) {
+                st.lastUse = System.currentTimeMillis();
+            }
+            return n;
+        }
+
+        /**
+         * The rows of a table read with the file library's cursor: all
+         * columns when `columns` is null. Null when a column is not in the
+         * table (the driver then says what is wrong).
+         */
+        public Result select(String table, String[] columns) throws Exception {
+            Database db = database();
+            Table t = db.getTable(table);
+            if (t == null) return null;
+            List<Column> cols = new ArrayList<>();
+            if (columns == null) {
+                cols.addAll(t.getColumns());
+            } else {
+                for (String name : columns) {
+                    Column found = null;
+                    for (Column c : t.getColumns())
+                        if (c.getName().equalsIgnoreCase(name)) found = c;
+                    if (found == null) return null;
+                    cols.add(found);
+                }
+            }
+            synchronized (FILES) {
+                boolean own = st.keeper == null && db == st.own;
+                if (own) st.ownReaders++;
+                return new Result(this, db, CursorBuilder.createCursor(t), cols, own);
+            }
+        }
+
+        /** The number of rows of a table, from the file; -1 when there is no such table. */
+        public long countRows(String table) throws Exception {
+            Table t = database().getTable(table);
+            return t == null ? -1 : t.getRowCount();
+        }
+
+        void readerDone(Database db) {
+            synchronized (FILES) {
+                st.ownReaders--;
+                if (st.ownReaders == 0 && st.retired.remove(db)) closeQuietly(db);
+            }
+        }
+
+        /**
+         * A primary key made in the file with the name it is given (the
+         * driver would name every primary key "PrimaryKey").
+         */
+        public void createPrimaryKey(String table, String name, String[] columns) throws Exception {
+            Table t = table(table);
+            IndexBuilder b = new IndexBuilder(name).withPrimaryKey();
+            for (String c : columns) b.withColumns(column(t, c).getName());
+            b.addToTable(t);
+            changed();
         }
 
         /** An index made in the file itself: the driver would store every column ascending. */
@@ -452,13 +609,37 @@ public final class JetBridge {
         private final long count;
         private int columnCount;
 
+        // Rows read with the file library's cursor instead of a statement.
+        private final boolean direct;
+        private Cursor cursor;
+        private List<Column> directColumns;
+        private Database directDb;
+        private boolean ownReader;
+        // Columns of the driver's result that are Singles in the file: the
+        // driver's mirror holds them as decimals of 7 places (whole-table
+        // reads come from the file and keep them exact).
+        private boolean[] singles;
+
         Result(Link link, Statement statement, ResultSet rows, long count) throws SQLException {
             this.link = link;
             this.statement = statement;
             this.rows = rows;
             this.count = count;
+            this.direct = false;
             if (rows == null) statement.close();
             else columnCount = rows.getMetaData().getColumnCount();
+        }
+
+        Result(Link link, Database db, Cursor cursor, List<Column> columns, boolean ownReader) {
+            this.link = link;
+            this.statement = null;
+            this.count = -1;
+            this.direct = true;
+            this.cursor = cursor;
+            this.directColumns = columns;
+            this.directDb = db;
+            this.ownReader = ownReader;
+            this.columnCount = columns.size();
         }
 
         public long count() {
@@ -466,7 +647,7 @@ public final class JetBridge {
         }
 
         public boolean hasRows() {
-            return rows != null;
+            return direct || rows != null;
         }
 
         /**
@@ -477,6 +658,18 @@ public final class JetBridge {
         public byte[] columns() throws Exception {
             Wire.Out w = new Wire.Out();
             w.out.writeInt(columnCount);
+            if (direct) {
+                for (Column c : directColumns) {
+                    w.string(c.getName());
+                    w.string(c.getType().name());
+                    w.out.writeInt(0);
+                    w.out.writeInt(c.getLengthInUnits());
+                    w.out.writeInt(c.getPrecision());
+                    w.out.writeInt(c.getScale());
+                    w.out.writeBoolean(c.isHyperlink());
+                }
+                return w.bytes();
+            }
             ResultSetMetaData md = rows.getMetaData();
             Map<String, Table> tables = new HashMap<>();
             Database found = null;
@@ -505,6 +698,10 @@ public final class JetBridge {
                     }
                 }
                 w.string(label != null && !label.isEmpty() ? label : name);
+                if (c != null && c.getType() == io.github.spannm.jackcess.DataType.FLOAT) {
+                    if (singles == null) singles = new boolean[columnCount];
+                    singles[i - 1] = true;
+                }
                 if (c != null) {
                     w.string(c.getType().name());
                     w.out.writeInt(md.getColumnType(i));
@@ -527,6 +724,23 @@ public final class JetBridge {
         /** Up to `max` rows as a Wire table; a count of 0 means the end. */
         public byte[] fetch(int max) throws Exception {
             Wire.Out w = new Wire.Out();
+            if (direct) {
+                // Rows go straight into the answer: no copy of the batch.
+                Wire.Out body = new Wire.Out();
+                int n = 0;
+                while (cursor != null && n < max) {
+                    if (!cursor.moveToNextRow()) {
+                        close();
+                        break;
+                    }
+                    for (Column c : directColumns) body.value(cursor.getCurrentRowValue(c));
+                    n++;
+                }
+                w.out.writeInt(n);
+                body.out.flush();
+                body.buffer.writeTo(w.out);
+                return w.bytes();
+            }
             List<Object[]> batch = new ArrayList<>();
             while (rows != null && batch.size() < max) {
                 if (!rows.next()) {
@@ -534,7 +748,11 @@ public final class JetBridge {
                     break;
                 }
                 Object[] row = new Object[columnCount];
-                for (int i = 0; i < columnCount; i++) row[i] = rows.getObject(i + 1);
+                for (int i = 0; i < columnCount; i++) {
+                    Object v = rows.getObject(i + 1);
+                    if (singles != null && singles[i] && v instanceof Number) v = ((Number) v).floatValue();
+                    row[i] = v;
+                }
                 batch.add(row);
             }
             w.out.writeInt(batch.size());
@@ -544,6 +762,11 @@ public final class JetBridge {
         }
 
         public void close() {
+            if (direct) {
+                if (cursor != null && ownReader) link.readerDone(directDb);
+                cursor = null;
+                return;
+            }
             try {
                 if (rows != null) rows.close();
             } catch (SQLException ignored) {
@@ -672,6 +895,42 @@ public final class JetBridge {
                 for (Object[] r : rows)
                     for (Object v : r) w.value(v);
                 return w.bytes();
+            }
+        }
+
+        static DataInputStream input(byte[] bytes) {
+            return new DataInputStream(new java.io.ByteArrayInputStream(bytes));
+        }
+
+        /** One value as the file library takes it: LocalDateTime for dates, BigDecimal for decimals. */
+        static Object read(DataInputStream in) throws IOException, SQLException {
+            byte tag = in.readByte();
+            switch (tag) {
+                case 'N': in.readInt(); return null;
+                case 'Z': return in.readBoolean();
+                case 'I': return in.readInt();
+                case 'J': return in.readLong();
+                case 'F': return Float.intBitsToFloat(in.readInt());
+                case 'D': return Double.longBitsToDouble(in.readLong());
+                case 'S': return readString(in);
+                case 'M': return new BigDecimal(readString(in));
+                case 'X': {
+                    byte[] b = new byte[in.readInt()];
+                    in.readFully(b);
+                    return b;
+                }
+                case 'T': {
+                    int year = in.readInt();
+                    int month = in.readByte();
+                    int day = in.readByte();
+                    int hour = in.readByte();
+                    int minute = in.readByte();
+                    int second = in.readByte();
+                    int nanos = in.readInt();
+                    return LocalDateTime.of(year, month, day, hour, minute, second, nanos);
+                }
+                default:
+                    throw new SQLException("unknown value kind " + (char) tag, "07006", 0);
             }
         }
 
