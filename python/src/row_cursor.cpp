@@ -4,7 +4,16 @@ namespace zolsdk::py {
 
 RowCursor::RowCursor(CatalogPtr handle, const ExportRequest& request) : handle_(std::move(handle)) {
     DbCatalog& catalog = handle_->Get();
-    set_ = Export(catalog, request);
+    // Large exports fetch in the background on the connection this scope
+    // keeps open; it ends with the walk.
+    catalog.BeginTransaction();
+    scoped_ = true;
+    try {
+        set_ = Export(catalog, request);
+    } catch (...) {
+        End();
+        throw;
+    }
     std::vector<ColumnInfo> schema = ReadColumns(SelfRef(&catalog), request.table);
     for (auto c : set_->Columns()) {
         CursorColumn col{c->ColumnName(), c->DataTypeGroup(), 0, 0};
@@ -28,11 +37,28 @@ DbDataRow* RowCursor::Next() {
     }
     if (it_ == rows_->end()) {
         done_ = true;
-        rows_.Release();
-        set_.Release();   // lets the engine's result go as soon as the walk ends
+        End();   // lets the engine's result go as soon as the walk ends
         return nullptr;
     }
     return it_->get();
+}
+
+void RowCursor::End() {
+    rows_.Release();
+    it_ = {};
+    set_.Release();
+    if (scoped_ && handle_->catalog) {
+        scoped_ = false;
+        handle_->catalog->EndTransaction();
+    }
+}
+
+RowCursor::~RowCursor() {
+    try {
+        End();
+    } catch (...) {
+        // Closing a connection that already failed has nothing left to say.
+    }
 }
 
 } // namespace zolsdk::py

@@ -18,6 +18,9 @@ class RowCursor {
 public:
     // Opens the data set; call without the GIL, under the catalog's lock.
     RowCursor(CatalogPtr handle, const ExportRequest& request);
+    ~RowCursor();
+    RowCursor(const RowCursor&) = delete;
+    RowCursor& operator=(const RowCursor&) = delete;
 
     const std::vector<CursorColumn>& Columns() const { return columns_; }
     CatalogHandle& Handle() { return *handle_; }
@@ -33,7 +36,9 @@ private:
     Ref<DbDataSet> set_;
     Ref<DbEnumerator<DbDataRow>> rows_;
     DbEnumerator<DbDataRow>::iterator it_;
-    bool started_ = false, done_ = false;
+    bool started_ = false, done_ = false, scoped_ = false;
+
+    void End();
     std::vector<CursorColumn> columns_;
 };
 

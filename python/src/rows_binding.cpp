@@ -53,6 +53,12 @@ nb::object ToPython(const Variant& v, int32_t group, const PyTypes& t) {
 class RowReader {
 public:
     explicit RowReader(std::unique_ptr<RowCursor> c) : cursor_(std::move(c)) {}
+    ~RowReader() {
+        // An abandoned walk ends its scope on the catalog like any other use.
+        CatalogPtr h = cursor_->Shared();
+        std::lock_guard<std::mutex> g(h->lock);
+        cursor_.reset();
+    }
 
     nb::list Columns() const {
         nb::list out;
@@ -114,7 +120,9 @@ nb::tuple WalkRows(CatalogPtr h, const std::string& table) {
     {
         nb::gil_scoped_release nogil;
         std::lock_guard<std::mutex> g(h->lock);
-        Ref<DbDataSet> set = h->Get().ExportData(Text(table));
+        DbCatalog& cat = h->Get();
+        cat.BeginTransaction();   // large exports fetch in the background on this scope's connection
+        Ref<DbDataSet> set = cat.ExportData(Text(table));
         const int32_t width = set->Columns()->Count();
         for (auto row : set->Rows()) {
             for (int32_t i = 0; i < width; ++i) {
@@ -126,6 +134,8 @@ nb::tuple WalkRows(CatalogPtr h, const std::string& table) {
             }
             ++rows;
         }
+        set.Release();
+        cat.EndTransaction();
     }
     return nb::make_tuple(rows, cells);
 }

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import os
+import re
 import shutil
 import subprocess
 import uuid
@@ -37,7 +38,10 @@ def mysql_cli(sql: str, database: str = "", stdin: str | None = None) -> List[Li
         cmd += ["-e", sql]
     if database:
         cmd.append(database)
-    out = subprocess.run(cmd, input=stdin, capture_output=True, text=True, timeout=600, check=True).stdout
+    done = subprocess.run(cmd, input=stdin, capture_output=True, text=True, timeout=600)
+    if done.returncode != 0:
+        raise RuntimeError(f"mariadb client failed: {done.stderr.strip()}")
+    out = done.stdout
     return [line.split("\t") for line in out.splitlines()]
 
 
@@ -67,8 +71,10 @@ def sakila() -> Iterator[ScratchDb]:
     db = ScratchDb("sakila")
     for part in ("sakila-schema.sql", "sakila-data.sql"):
         text = (SAKILA_DIR / part).read_text(encoding="utf-8")
-        text = text.replace("USE sakila;", "").replace("CREATE SCHEMA sakila;", "").replace(
-            "DROP SCHEMA IF EXISTS sakila;", "")
+        # The files name their own database: point them at ours.
+        text = re.sub(r"(?m)^(DROP SCHEMA IF EXISTS sakila;|CREATE SCHEMA sakila;)$", "", text)
+        text = re.sub(r"(?m)^USE sakila;$", f"USE {db.name};", text)
+        text = re.sub(r"\bsakila\.", f"{db.name}.", text)
         mysql_cli("", db.name, stdin=text)
     yield db
     db.drop()

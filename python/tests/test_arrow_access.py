@@ -15,6 +15,7 @@ import zolsdk
 from zolsdk import C
 
 pa = pytest.importorskip("pyarrow")
+import pyarrow.compute  # noqa: E402,F401
 
 from test_mysql import ITEM  # noqa: E402
 
@@ -51,6 +52,22 @@ def test_arrow_filtered_and_failing(scratch):
             pa.RecordBatchReader.from_stream(stream)
         with pytest.raises(zolsdk.DbError):
             cat.to_arrow("no_such_table")
+
+
+def test_large_tables_stream_whole_and_abandoned_walks_end(scratch):
+    # Above 100,000 rows the library fetches in the background.
+    scratch.run("CREATE TABLE big (id INT PRIMARY KEY, v VARCHAR(20)); "
+                "INSERT INTO big SELECT seq, CONCAT('v', seq) FROM seq_1_to_120000")
+    with zolsdk.Catalog(scratch.attrs) as cat:
+        abandoned = cat.rows("big")
+        next(abandoned)
+        del abandoned
+        ids = [r[0] for r in cat.rows("big", chunk=50000)]
+        table = cat.to_arrow("big")
+        tail = cat.to_arrow("big", where=C("id") > 100000)
+    assert len(ids) == len(set(ids)) == table.num_rows == 120000
+    assert sum(ids) == pa.compute.sum(table.column("id")).as_py() == int(scratch.run("SELECT SUM(id) FROM big")[0][0])
+    assert tail.num_rows == 20000 and table.column("v")[119999].as_py() == "v120000"
 
 
 def test_scale_overflow_fails_instead_of_rounding(scratch):
