@@ -68,7 +68,7 @@ def main() -> int:
 
     c, r = statistics.median(cpp), statistics.median(arrow)
     print(f"rows: {a.rows:,}, rounds: {a.rounds} (median), pyarrow {pa.__version__}")
-    print(f"| way | seconds | rows/s | against the C++ read |")
+    print("| way | seconds | rows/s | time against the C++ read |")
     print(f"|---|---:|---:|---:|")
     print(f"| C++ library reads every cell | {c:.2f} | {a.rows / c:,.0f} | 1.00x |")
     print(f"| zolsdk.Catalog.to_arrow | {r:.2f} | {a.rows / r:,.0f} | {r / c:.2f}x |")
