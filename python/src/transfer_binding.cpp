@@ -174,9 +174,12 @@ private:
     std::unique_ptr<nb::python_error> callbackError_;
 };
 
-// Every table, `jobs` at a time; each table's copy opens its own connections.
+// Every table, `jobs` at a time, each copy on connections of its own; the
+// report keeps the plan's order. As the road's own Run: tables not started
+// when the run is cancelled say so, and foreign keys come last.
 tr::Report RunParallel(const tr::Plan& plan, const tr::Options& options, int jobs) {
     if (jobs <= 1 || plan.tables.size() <= 1) return tr::Run(plan, options);
+    auto cancelled = [&] { return options.cancel && options.cancel->load(); };
     tr::Report report;
     report.tables.resize(plan.tables.size());
     std::atomic<size_t> next{0};
@@ -184,16 +187,24 @@ tr::Report RunParallel(const tr::Plan& plan, const tr::Options& options, int job
     for (int j = 0; j < jobs; ++j)
         pool.emplace_back([&] {
             for (size_t i; (i = next++) < plan.tables.size();) {
-                try {
-                    report.tables[i] = tr::CopyTable(plan, plan.tables[i], options);
-                } catch (const DbError& e) {
-                    report.tables[i].table = plan.tables[i].name;
-                    report.tables[i].failure = e.Description();
+                tr::TableResult& r = report.tables[i];
+                if (cancelled()) {
+                    r.table = plan.tables[i].name;
+                    r.outcome = tr::Outcome::Cancelled;
+                    r.failure = u"cancelled before it started";
+                    continue;
                 }
+                r = tr::CopyTable(plan, plan.tables[i], options);
             }
         });
     for (auto& t : pool) t.join();
-    if (!options.schemaOnly) tr::AddForeignKeys(plan, options, report);
+    if (!cancelled()) {
+        try {
+            tr::AddForeignKeys(plan, options, report);
+        } catch (const DbError& e) {
+            report.notes.push_back(u"foreign keys not added: " + e.Description());
+        }
+    }
     return report;
 }
 
