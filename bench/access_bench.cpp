@@ -77,6 +77,8 @@ struct Run {
 
 Run RunChild(const std::vector<std::string>& argv) {
     std::string log = (std::filesystem::temp_directory_path() / ("zol_access_bench_" + std::to_string(::getpid()) + ".log")).string();
+    std::fflush(stdout);
+    std::fflush(stderr);
     auto start = SteadyClock::now();
     pid_t pid = ::fork();
     if (pid < 0) throw std::runtime_error("fork failed");

@@ -161,11 +161,15 @@ public final class JetBridge {
         String pw = password == null ? "" : password;
         // The driver would make a new database of a name that is not there;
         // Jet opens only what exists.
-        if (!new File(key).isFile()) throw new SQLException("Could not find file '" + path + "'.", "HY000", -1811);
-        if (!looksLikeJet(key)) throw new SQLException("Unrecognized database format '" + path + "'.", "HY000", -1206);
         synchronized (FILES) {
             FileState st = FILES.get(key);
             Object current = fileKey(key);
+            if (st == null || current == null || !current.equals(st.fileKey)) {
+                // A file not held yet is looked at first (a session opens a
+                // connection for every statement: a held one is not).
+                if (!new File(key).isFile()) throw new SQLException("Could not find file '" + path + "'.", "HY000", -1811);
+                if (!looksLikeJet(key)) throw new SQLException("Unrecognized database format '" + path + "'.", "HY000", -1206);
+            }
             if (st != null && (current == null || !current.equals(st.fileKey))) {
                 // Another file stands at the path now (or none does): what is
                 // held shows the old one.
@@ -369,14 +373,10 @@ public final class JetBridge {
                     st.driverLinks--;
                 }
                 st.links--;
+                // Pages are written as rows go in; they are forced to disk
+                // when the file is let go (a force at every statement would
+                // cost a disk flush a row).
                 st.lastUse = System.currentTimeMillis();
-                if (st.own != null) {
-                    try {
-                        st.own.flush();
-                    } catch (IOException ignored) {
-                        // Written on close at the latest.
-                    }
-                }
             }
         }
 
