@@ -1,6 +1,7 @@
 // Which backend serves a connection text. Texts naming an ODBC driver or
 // data source go to the driver manager; other providers join here.
 #include "platform/ado/backend.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk::ado::detail {
 

@@ -15,6 +15,7 @@
 #include "platform/ado/sqlserver/sqlserver_schema.hpp"
 #include "zolsdk/platform/datetime.hpp"
 #include "zolsdk/platform/decimal.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk::ado::detail {
 
