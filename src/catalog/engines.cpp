@@ -5,6 +5,7 @@
 #include "dialects/mysql_sql_builder.hpp"
 #include "dialects/xml_sql_builder.hpp"
 #include "sessions/session_factory.hpp"
+#include "zolsdk/catalog/class_factory.hpp"
 
 namespace zolsdk {
 

@@ -49,7 +49,7 @@ public:
         for (const auto& [fragment, answer] : rowsets) {
             if (psSQL.find(fragment) == String::npos) continue;
             Ref<ado::Recordset> rs = ado::NewRowset({{answer.first.c_str(), ado::adType::VarWChar, 128}});
-            for (const String& v : answer.second) RowsetFeed::AppendRow(*rs, {Variant(v)});
+            for (const String& v : answer.second) ado::RowsetFeed::AppendRow(*rs, {Variant(v)});
             if (rs->RecordCount() > 0) rs->MoveFirst();
             return rs;
         }

@@ -280,7 +280,7 @@ TEST(Recordset, AddNewUpdateAndCancel) {
 TEST(Recordset, RowFeedFillsOnDemand) {
     auto rs = NewRowset({{u"n", adType::Integer, 0}});
     int32_t next = 0;
-    RowsetFeed::SetRowFeed(*rs, 
+    RowsetFeed::SetRowFeed(*rs,
         [&](size_t) {
             if (next == 5) return false;
             RowsetFeed::AppendRow(*rs, {Variant(next++)});

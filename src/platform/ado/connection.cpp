@@ -289,7 +289,7 @@ Ref<Recordset> Connection::OpenRecordset(const String& source, int32_t options) 
     Recordset* target = rs.get();
     std::weak_ptr<Object> conn = weak_from_this();
     Ref<ado::Errors> errors = errors_;
-    RowsetFeed::SetRowFeed(*rs, 
+    RowsetFeed::SetRowFeed(*rs,
         [job, target, conn, errors](size_t) -> bool {
             try {
                 return job->Feed(*target);
