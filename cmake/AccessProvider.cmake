@@ -112,7 +112,7 @@ if(_zol_jet_reason STREQUAL "")
     set(_zol_jet_cds_dep "${_zol_jet_cds}")
   endif()
   add_custom_target(zolsdk_jet_classes ALL DEPENDS "${_zol_jet_stamp}" ${_zol_jet_cds_dep})
-  foreach(_tgt zolsdk zolsdk_static)
+  foreach(_tgt zolsdk_objects)
     add_dependencies(${_tgt} zolsdk_jet_classes)
     target_include_directories(${_tgt} PRIVATE ${JNI_INCLUDE_DIRS})
   endforeach()
@@ -137,6 +137,6 @@ file(CONFIGURE OUTPUT "${_zol_jet_config_dir}/platform/ado/jet/jet_config.h" CON
 #define ZOLSDK_JET_UNAVAILABLE_REASON "@_zol_jet_reason@"
 #define ZOLSDK_JET_CDS_ARCHIVE "@_zol_jet_cds@"
 ]=] @ONLY)
-foreach(_tgt zolsdk zolsdk_static)
+foreach(_tgt zolsdk_objects)
   target_include_directories(${_tgt} PRIVATE "${_zol_jet_config_dir}")
 endforeach()
