@@ -26,7 +26,6 @@
 #include <vector>
 
 #include "bench_support.hpp"
-#include "zolsdk/platform/ado/connection.hpp"
 
 using namespace zolsdk;
 using namespace zolbench;
@@ -118,13 +117,13 @@ void Report(const std::string& name, int64_t rows, double seconds, const std::st
                 Grouped(rows).c_str(), seconds, extra.c_str());
 }
 
-// Multi-row INSERTs of `rows` generated rows, `perStatement` rows each.
-double InsertRows(const std::filesystem::path& file, int64_t rows, int perStatement) {
-    auto c = Ref<ado::Connection>::New();
-    c->Open(FromUtf8("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + file.string()));
-    c->Execute(u"CREATE TABLE [t] ([id] INTEGER NOT NULL, [qty] INTEGER NOT NULL, [code] VARCHAR(16) NOT NULL,"
+// Multi-row INSERTs of `rows` generated rows, `perStatement` rows each,
+// into a new table of the catalog's file.
+double InsertRows(const Ref<DbCatalog>& cat, int64_t rows, int perStatement) {
+    auto c = cat->Session();
+    c->ExecuteNoQuery(u"CREATE TABLE [t] ([id] INTEGER NOT NULL, [qty] INTEGER NOT NULL, [code] VARCHAR(16) NOT NULL,"
                u" [title] VARCHAR(120), [price] DECIMAL(12,2), [ratio] FLOAT, [stamp] DATETIME)");
-    c->Execute(u"ALTER TABLE [t] ADD CONSTRAINT [idx_t] PRIMARY KEY ([id])");
+    c->ExecuteNoQuery(u"ALTER TABLE [t] ADD CONSTRAINT [idx_t] PRIMARY KEY ([id])");
     auto start = SteadyClock::now();
     std::string sql;
     char buf[512];
@@ -143,13 +142,11 @@ double InsertRows(const std::filesystem::path& file, int64_t rows, int perStatem
                       tmv.tm_min, tmv.tm_sec);
         sql += buf;
         if (i % perStatement == 0 || i == rows) {
-            c->Execute(FromUtf8(sql));
+            c->ExecuteNoQuery(FromUtf8(sql));
             sql.clear();
         }
     }
-    double seconds = Since(start);
-    c->Close();
-    return seconds;
+    return Since(start);
 }
 
 std::string ZolTool() {
@@ -220,7 +217,7 @@ int Main(const Options& o) {
         auto target = Ref<DbCatalog>::New();
         target->Init(FromUtf8(AccessAttrs(file)));
         target->Create();
-        double seconds = InsertRows(file, o.rows, 500);
+        double seconds = InsertRows(target, o.rows, 500);
         int64_t counted = MdbCount(file, "t");
         if (counted != o.rows) throw std::runtime_error("mdb-count found " + std::to_string(counted) + " rows");
         Report("INSERTs of 500 rows each on a connection", o.rows, seconds);
@@ -232,7 +229,7 @@ int Main(const Options& o) {
         auto target = Ref<DbCatalog>::New();
         target->Init(FromUtf8(AccessAttrs(big)));
         target->Create();
-        double seconds = InsertRows(big, o.bigRows, 500);
+        double seconds = InsertRows(target, o.bigRows, 500);
         Report("making the large file (INSERTs of 500 rows)", o.bigRows, seconds,
                "  " + Grouped(static_cast<int64_t>(std::filesystem::file_size(big) / 1024)) + " KiB");
     }

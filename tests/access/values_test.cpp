@@ -7,7 +7,7 @@
 #include <map>
 
 #include "access/access_fixture.hpp"
-#include "zolsdk/platform/ado/connection.hpp"
+#include "platform/ado/connection.hpp"
 
 namespace zolsdk::accesstest {
 namespace {

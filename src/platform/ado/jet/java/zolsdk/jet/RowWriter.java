@@ -199,6 +199,9 @@ final class RowWriter {
                     return b;
                 }
                 throw notDirect("a value of another kind for a binary column");
+            case GUID:
+                if (v instanceof String) return v;
+                throw notDirect("a value of another kind for a GUID column");
             default:
                 throw notDirect("a column of type " + col.getType());
         }
