@@ -81,7 +81,7 @@ struct TablePlan {
     std::vector<String> keyColumns;
 };
 
-struct Plan {
+struct ZOLSDK_API Plan {
     String from, to;
     Engine source = Engine::MySql, target = Engine::MySql;
     std::vector<TablePlan> tables;
@@ -137,7 +137,7 @@ struct TableResult {
     bool Ok() const { return outcome == Outcome::Verified || outcome == Outcome::Created; }
 };
 
-struct Report {
+struct ZOLSDK_API Report {
     std::vector<TableResult> tables;
     std::vector<String> notes;       // catalog-wide: foreign keys that could not be added, ...
     bool verifyOnly = false;         // made by VerifyAll: nothing was copied
