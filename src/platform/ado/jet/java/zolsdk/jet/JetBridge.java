@@ -382,11 +382,13 @@ public final class JetBridge {
 
         /**
          * Runs a statement through the driver; params is null or a Wire list
-         * of values for the "?" marks. A statement that changes tables says so:
-         * a new table or index needs no fresh mirror first.
+         * of values for the "?" marks. A statement that changes tables says so.
          */
         public Result execute(String sql, byte[] params, boolean changesTables) throws Exception {
-            Connection c = driver(!changesTables);
+            // Every statement the driver runs sees the file as it is: rows
+            // and keys written beside the mirror are read in again first (a
+            // constraint name the mirror made up could clash otherwise).
+            Connection c = driver(true);
             Result r;
             if (params == null) {
                 Statement stmt = c.createStatement();
