@@ -46,12 +46,21 @@ std::map<int, std::string> Exported(const std::filesystem::path& file, const std
 
 String Encoded(const String& v) { return ReplaceAll(v, u",", u"%2C"); }
 
+// What mdb-export prints for a text: it knows UCS-2 only and writes each
+// half of a surrogate pair as "?".
+std::string AsExported(const String& text) {
+    String s = text;
+    for (char16_t& c : s)
+        if (c >= 0xD800 && c <= 0xDFFF) c = u'?';
+    return ToUtf8(s);
+}
+
 class HostileValuesInAccess : public ::testing::Test {
 protected:
     void SetUp() override {
         cat_ = Catalog(w_.Attrs("hostile.mdb"));
         cat_->Create();
-        for (const char* t : {"rows", "bound"})
+        for (const char* t : {"byrow", "bound"})
             cat_->Session()->ExecuteNoQuery(u"CREATE TABLE " + FromUtf8(t) +
                                             u" (id INTEGER PRIMARY KEY, txt VARCHAR(255), memo LONGTEXT)");
         const std::vector<String> all = zoltest::HostileValues();
@@ -75,7 +84,7 @@ protected:
 
 TEST_F(HostileValuesInAccess, RowBoundUpdateAndCriteriaRoadsKeepEveryValueInItsLiteral) {
     ASSERT_GT(values_.size(), 50u);
-    for (const auto& [table, mode] : {std::pair{u"rows", 0}, std::pair{u"bound", 1}}) {
+    for (const auto& [table, mode] : {std::pair{u"byrow", 0}, std::pair{u"bound", 1}}) {
         auto ds = Ref<DbDataSet>::New();
         ds->Init(cat_, table, u"", u"", mode);
         for (size_t i = 0; i < values_.size(); ++i)
@@ -83,27 +92,31 @@ TEST_F(HostileValuesInAccess, RowBoundUpdateAndCriteriaRoadsKeepEveryValueInItsL
     }
     Ref<IDbSqlBuilder> builder = cat_->Session()->DbSqlBuilder();
     auto ds = Ref<DbDataSet>::New();
-    ds->Init(cat_, u"rows", u"", u"", 0);
+    ds->Init(cat_, u"byrow", u"txt,memo", u"", 0); // the key stays as it is
     for (size_t i = 0; i < values_.size(); i += 5) {
         const String head = zoltest::ExpectedHead(values_[i], false);
         size_t sameHead = 0;
         for (const String& v : values_) sameHead += zoltest::ExpectedHead(v, false) == head;
         auto found = Ref<DbDataSet>::New();
-        found->Init(cat_, u"rows", u"", builder->CriteriaClause(u"rows", u"txt", dtVarChar, dcoEqualto, Encoded(values_[i])), 0);
+        found->Init(cat_, u"byrow", u"", builder->CriteriaClause(u"byrow", u"txt", dtVarChar, dcoEqualto, Encoded(values_[i])), 0);
         EXPECT_EQ(found->Rows()->Count(), static_cast<int32_t>(sameHead)) << "value " << i;
-        EXPECT_TRUE(cat_->UpdateDataByAttribute(u"rows", ds, Row(ds, i, values_[i], u"hit " + IntText(static_cast<int32_t>(i))),
-                                                u"txt", Encoded(values_[i])));
+        Ref<DbDataRow> row = ds->NewRow();
+        row->LetItem(Variant(u"txt"), Variant(values_[i]));
+        auto memo = Ref<DbBlob>::New();
+        memo->text(u"hit " + IntText(static_cast<int32_t>(i)));
+        row->SetItem(Variant(u"memo"), Variant(memo));
+        EXPECT_TRUE(cat_->UpdateDataByAttribute(u"byrow", ds, row, u"txt", Encoded(values_[i])));
     }
     cat_.Release(); // the file is closed before another program reads it
-    for (const char* table : {"rows", "bound"}) {
+    for (const char* table : {"byrow", "bound"}) {
         const std::map<int, std::string> rows = Exported(w_.File("hostile.mdb"), table);
         EXPECT_EQ(rows.size(), values_.size()) << table;
         for (size_t i = 0; i < values_.size(); ++i)
             EXPECT_EQ(rows.count(static_cast<int>(i)) ? rows.at(static_cast<int>(i)) : "(missing)",
-                      ToUtf8(zoltest::ExpectedHead(values_[i], false)))
+                      AsExported(zoltest::ExpectedHead(values_[i], false)))
                 << table << " row " << i;
     }
-    const std::string memos = Shell("mdb-export -H -Q -d '|' '" + w_.File("hostile.mdb").string() + "' rows");
+    const std::string memos = Shell("mdb-export -H -Q -d '|' '" + w_.File("hostile.mdb").string() + "' byrow");
     for (size_t i = 0; i < values_.size(); i += 5)
         EXPECT_NE(memos.find("|hit " + std::to_string(i) + "\n"), std::string::npos) << "row " << i;
 }
