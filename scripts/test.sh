@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The whole test suite on a fresh Debian machine: packages, the local MariaDB
-# server, the build, then every test, then each fuzz target for a bounded
-# time (scripts/fuzz.sh, FUZZ_SECONDS each). Extra arguments go to ctest
+# server, the build, then every test, the Python package, and each fuzz
+# target for a bounded time (scripts/fuzz.sh, FUZZ_SECONDS each). Extra arguments go to ctest
 # (e.g. scripts/test.sh -L xml) and run those tests alone, without fuzzing.
 #
 #   scripts/test.sh --sanitize [ctest args]
@@ -24,7 +24,10 @@ if [ "$sanitize" = 0 ]; then
   bash scripts/start-mariadb.sh
   bash scripts/register-freetds.sh
   (cd build && ctest --output-on-failure --timeout 900 "$@")
-  if [ "$#" = 0 ]; then bash scripts/fuzz.sh; fi
+  if [ "$#" -eq 0 ]; then   # on a full run: the Python package, then the fuzz targets
+    bash scripts/test-python.sh
+    bash scripts/fuzz.sh
+  fi
   exit 0
 fi
 
