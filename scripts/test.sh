@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # The whole test suite on a fresh Debian machine: packages, the local MariaDB
-# server, the build, then every test, the Python package, and each fuzz
-# target for a bounded time (scripts/fuzz.sh, FUZZ_SECONDS each). Extra arguments go to ctest
-# (e.g. scripts/test.sh -L xml) and run those tests alone, without fuzzing.
+# server, the build (warnings are errors), then every test, the Python
+# package, and each fuzz target for a bounded time (scripts/fuzz.sh,
+# FUZZ_SECONDS each). Extra arguments go to ctest (e.g. scripts/test.sh -L xml)
+# and run those tests alone, without the Python package or fuzzing.
 #
 #   scripts/test.sh --sanitize [ctest args]
 # builds into build-sanitize/ with ZOLSDK_SANITIZE=address,undefined and runs
@@ -20,7 +21,7 @@ if [ "${1:-}" = "--sanitize" ]; then
 fi
 
 if [ "$sanitize" = 0 ]; then
-  bash scripts/build.sh
+  ZOLSDK_WERROR=ON bash scripts/build.sh
   bash scripts/start-mariadb.sh
   bash scripts/register-freetds.sh
   (cd build && ctest --output-on-failure --timeout 900 "$@")

@@ -2,6 +2,7 @@
 
 #include "support/numbers.hpp"
 #include "support/split.hpp"
+#include "platform/failure_chain.hpp"
 #include "zolsdk/platform/error.hpp"
 
 namespace zolsdk {

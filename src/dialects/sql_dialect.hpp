@@ -11,6 +11,7 @@
 
 #include "data/codecs.hpp"
 #include "dialects/name_quoting.hpp"
+#include "platform/failure_chain.hpp"
 #include "zolsdk/dialects/sql_builder.hpp"
 #include "zolsdk/schema/enums.hpp"
 

@@ -3,8 +3,9 @@
 #include "dialects/name_quoting.hpp"
 #include "schema/rowset_shapes.hpp"
 #include "sessions/open_connection.hpp"
-#include "zolsdk/platform/ado/connection.hpp"
+#include "platform/ado/connection.hpp"
 #include "zolsdk/schema/enums.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

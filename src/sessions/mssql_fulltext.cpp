@@ -4,6 +4,7 @@
 // as text in the procedures' arguments, their quotes doubled.
 #include "dialects/name_quoting.hpp"
 #include "sessions/mssql_session.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

@@ -3,6 +3,7 @@
 #include "catalog/raise_error.hpp"
 #include "sessions/session_base.hpp"
 #include "support/replace_text.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

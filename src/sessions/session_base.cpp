@@ -1,6 +1,7 @@
 #include "sessions/session_base.hpp"
 
 #include "catalog/attributes.hpp"
+#include "platform/failure_chain.hpp"
 #include "zolsdk/platform/error.hpp"
 
 namespace zolsdk {
