@@ -127,7 +127,9 @@ TEST_F(QuotingSafety, NamesStayInsideTheirQuotesOrAreRefused) {
                 const std::vector<Token> tokens = Read(e, build());
                 ASSERT_FALSE(tokens.empty());
                 for (const Token& t : tokens) EXPECT_EQ(t, NameToken(name));
-                if (what == u"criteria") EXPECT_EQ(tokens.size(), 1u);
+                if (what == u"criteria") {
+                    EXPECT_EQ(tokens.size(), 1u);
+                }
             }
             // Places that write a name without quotes take one word only.
             const bool word = name == u"plain";
@@ -135,8 +137,9 @@ TEST_F(QuotingSafety, NamesStayInsideTheirQuotesOrAreRefused) {
                 e.builder->DropIndexSql(name, u"t", 0); // the index name quoted, the table bare
                 return e.builder->CreateIndexSql(u"i", name, u"c<", 1);
             };
-            if (word) EXPECT_NO_THROW(bare());
-            else if (name.find_first_of(u" ;-'`[]") != String::npos) {
+            if (word) {
+                EXPECT_NO_THROW(bare());
+            } else if (name.find_first_of(u" ;-'`[]") != String::npos) {
                 try {
                     bare();
                     ADD_FAILURE() << "an unquoted name that could end early was written";
