@@ -9,7 +9,7 @@ from . import _native
 from .criteria import Criteria
 
 if TYPE_CHECKING:  # pyarrow stays optional
-    import pyarrow
+    import pyarrow  # type: ignore[import-untyped,unused-ignore]
 
 
 class TypeGroup(enum.IntEnum):
