@@ -1,7 +1,7 @@
 // migrate / verify over the lossless copy road. The road runs on a thread
 // of its own while the calling thread waits with the GIL released, waking
 // to look for Ctrl-C: a signal sets the road's cancel flag, the road stops
-// at its next batch, and KeyboardInterrupt is raised once it has.
+// at its next progress point, and KeyboardInterrupt is raised once it has.
 #include "query_build.hpp"
 
 #if __has_include(<zolsdk/transfer/transfer.hpp>)
