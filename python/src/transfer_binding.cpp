@@ -108,22 +108,20 @@ public:
         options_.progressEvery = q.progressEvery;
         options_.cancel = &cancel_;
         if (q.progress.is_valid()) {
-            nb::object cb = q.progress;
-            options_.progress = [this, cb](const tr::Progress& p) {
+            // The road may copy its options on any thread: the callback they
+            // carry holds no Python reference of its own.
+            progress_ = q.progress;
+            options_.progress = [this](const tr::Progress& p) {
                 nb::gil_scoped_acquire gil;
                 if (callbackError_) return;
                 try {
-                    cb(PyText(p.table), p.rows);
+                    progress_(PyText(p.table), p.rows);
                 } catch (nb::python_error& e) {
                     callbackError_ = std::make_unique<nb::python_error>(std::move(e));
                     cancel_ = true;
                 }
             };
         }
-    }
-    ~Runner() {
-        // Drop the callback (a Python object) while the GIL is held.
-        options_.progress = nullptr;
     }
 
     const tr::Options& Options() const { return options_; }
@@ -170,6 +168,7 @@ public:
 
 private:
     tr::Options options_;
+    nb::object progress_;
     std::atomic<bool> cancel_{false};
     std::unique_ptr<nb::python_error> callbackError_;
 };

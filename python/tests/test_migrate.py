@@ -142,3 +142,13 @@ def test_ctrl_c_stops_a_running_migration(scratch):
             assert int(dst.run("SELECT COUNT(*) FROM big")[0][0]) < 400000
     finally:
         dst.drop()
+
+
+def test_an_access_file_into_mariadb(access_copy, scratch):
+    src = access_copy("indexTestV2003.mdb")
+    report = zolsdk.migrate(src, scratch.attrs)
+    assert report.ok, report.text
+    assert [t.table for t in report.tables] == ["Table1", "Table2", "Table3"]
+    assert scratch.run("SELECT id, otherfk1, otherfk2, data, otherfk3 FROM Table1 ORDER BY id") == [
+        ["0", "0", "10", "baz0", "0"], ["1", "1", "11", "baz11", "0"],
+        ["2", "1", "11", "baz11-2", "0"], ["3", "2", "13", "baz13", "0"]]
