@@ -42,10 +42,23 @@ nb::dict VerificationDict(const tr::Verification& v) {
     return d;
 }
 
+// Outcomes as Python names them (the road's own names are display text).
+const char* OutcomeKey(tr::Outcome o) {
+    switch (o) {
+    case tr::Outcome::Verified: return "verified";
+    case tr::Outcome::Created: return "created";
+    case tr::Outcome::Mismatch: return "mismatch";
+    case tr::Outcome::Failed: return "failed";
+    case tr::Outcome::HalfMade: return "half_made";
+    case tr::Outcome::Cancelled: return "cancelled";
+    }
+    return "failed";
+}
+
 nb::dict TableDict(const tr::TableResult& r) {
     nb::dict d;
     d["table"] = PyText(r.table);
-    d["outcome"] = tr::OutcomeName(r.outcome);
+    d["outcome"] = OutcomeKey(r.outcome);
     d["ok"] = r.Ok();
     d["rows_read"] = r.rowsRead;
     d["rows_written"] = r.rowsWritten;

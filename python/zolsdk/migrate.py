@@ -37,7 +37,7 @@ class Verification:
 class TableReport:
     table: str
     outcome: str
-    """Verified, Created, Mismatch, Failed, HalfMade or Cancelled."""
+    """verified, created (copied without verifying), mismatch, failed, half_made or cancelled."""
     ok: bool
     rows_read: int
     rows_written: int
