@@ -2,10 +2,11 @@
 from __future__ import annotations
 
 import enum
+import re
 from dataclasses import dataclass
 from typing import TYPE_CHECKING, Any, Iterator, List, Optional, Sequence, Tuple, Union, overload
 
-from . import _native
+from . import _native, errors
 from .criteria import Criteria
 
 if TYPE_CHECKING:  # pyarrow stays optional
@@ -223,7 +224,12 @@ class Catalog:
                  columns: Optional[Sequence[str]] = None, batch_rows: int = 65536,
                  lossy_binary: bool = False) -> "pyarrow.Table":
         """The rows as a pyarrow.Table (needs pyarrow); binary columns as in :meth:`rows`."""
-        return self.arrow_reader(table, where, columns, batch_rows, lossy_binary).read_all()
+        reader = self.arrow_reader(table, where, columns, batch_rows, lossy_binary)
+        try:
+            return reader.read_all()
+        except OSError as e:
+            # pyarrow reports a failed stream as OSError with the stream's text.
+            raise _stream_failure(e) from None
 
     def arrow_reader(self, table: Union[str, Table], where: Optional[Criteria] = None,
                      columns: Optional[Sequence[str]] = None,
@@ -268,6 +274,14 @@ class Rows(Iterator[Tuple[Any, ...]]):
         row = self._buffer[self._pos]
         self._pos += 1
         return row
+
+
+def _stream_failure(e: OSError) -> Exception:
+    """The library's failure behind a failed Arrow stream, as its DbError."""
+    m = re.search(r"(.*) \(number (-?\d+)\)\n(.*)", str(e), re.S)
+    if not m:
+        return e
+    return errors.from_failure(int(m.group(2)), m.group(1).strip(), m.group(3))
 
 
 def _name(table: Union[str, Table]) -> str:
