@@ -36,11 +36,11 @@ TEST(TypeGroups, EveryReaderAtEveryBoundary) {
         {Double,             15,    0,     dtDouble,          dtDouble,          dtDouble},
         {139,                0,     0,     dtDouble,          dtDouble,          dtDecimal},
         {139,                19,    4,     dtDouble,          dtDouble,          dtCurrency},
-        {Currency,           19,    0,     dtCurrency,        dtCurrency,        dtCurrency},
+        {ado::adType::Currency,           19,    0,     dtCurrency,        dtCurrency,        dtCurrency},
         // DECIMAL(19,4) is MySQL's currency.
         {Numeric,            19,    4,     dtDecimal,         dtDecimal,         dtCurrency},
         {Numeric,            19,    2,     dtDecimal,         dtDecimal,         dtDecimal},
-        {Decimal,            18,    4,     dtDecimal,         dtDecimal,         dtDecimal},
+        {ado::adType::Decimal,  18,    4,     dtDecimal,         dtDecimal,         dtDecimal},
         {Date,               0,     0,     dtDateTime,        dtDateTime,        dtDateTime},
         {DBTimeStamp,        0,     0,     dtDateTime,        dtDateTime,        dtDateTime},
         {DBDate,             0,     0,     dtDate,            dtDate,            dtDate},
