@@ -15,6 +15,7 @@ int SchemaCommand(const Args& args, std::ostream& out);
 int CreateCommand(const Args& args, std::ostream& out);
 int DropCommand(const Args& args, std::ostream& out);
 int MigrateCommand(const Args& args, std::ostream& out);
+int VerifyCommand(const Args& args, std::ostream& out);
 int DemoCommand(const Args& args, std::ostream& out);
 
 // A catalog initialised from an attribute string, with a hint for a person

@@ -22,9 +22,15 @@ zolsdk::String SessionAttributeOf(zolsdk::StringView attrs, zolsdk::StringView k
 
 int Usage(std::ostream& out, int code) {
     out << "usage:\n"
-           "  zol migrate --from ATTRS --to ATTRS [--table NAME ...] [--schema-only]\n"
-           "                           recreate tables of one catalog in another and copy their rows\n"
-           "  zol schema ATTRS         print the tables, columns and indexes of a catalog\n"
+           "  zol migrate --from ATTRS --to ATTRS [--table NAME ...] [--schema-only] [--replace]\n"
+           "              [--keep-failed] [--lock-timeout SECONDS] [--compat]\n"
+           "                           recreate tables of one catalog in another, copy their rows and verify them;\n"
+           "                           --compat takes the library's compatible road instead\n"
+           "  zol verify --from ATTRS --to ATTRS [--table NAME ...]\n"
+           "                           compare the rows of two catalogs' tables by count and checksum\n"
+           "  zol schema ATTRS [--save FILE]\n"
+           "                           print the tables, columns and indexes of a catalog, or write them\n"
+           "                           into an XML schema file\n"
            "  zol create ATTRS         create the database that ATTRS names\n"
            "  zol drop ATTRS           drop it\n"
            "  zol demo [--dir DIR] [--scale N]  build a sample Access database and migrate it; no server needed\n"

@@ -15,6 +15,7 @@ int main(int argc, char** argv) {
         if (cmd == "create") return zol::CreateCommand(args, std::cout);
         if (cmd == "drop") return zol::DropCommand(args, std::cout);
         if (cmd == "migrate") return zol::MigrateCommand(args, std::cout);
+        if (cmd == "verify") return zol::VerifyCommand(args, std::cout);
         if (cmd == "demo") return zol::DemoCommand(args, std::cout);
         std::cerr << "zol: unknown command '" << cmd << "'\n";
         return zol::Usage(std::cerr, 2);

@@ -1,6 +1,7 @@
 #include <iostream>
 
 #include "commands.hpp"
+#include "zolsdk/transfer/transfer.hpp"
 #include "zolsdk/zolsdk.hpp"
 
 using namespace zolsdk;
@@ -18,6 +19,12 @@ Ref<DbCatalog> Open(const std::string& attrs) { return OpenCatalog(attrs); }
 } // namespace
 
 int SchemaCommand(const Args& args, std::ostream& out) {
+    if (args.size() == 3 && args[1] == "--save") {
+        // The same schema the lossless road writes into an XML catalog.
+        transfer::SaveSchema(FromUtf8(args[0]), FromUtf8(args[2]));
+        out << "saved the schema of " << args[0] << " into " << args[2] << "\n";
+        return 0;
+    }
     if (args.size() != 1) return Usage(std::cerr, 2);
     auto cat = Open(args[0]);
     auto tables = cat->Tables();
