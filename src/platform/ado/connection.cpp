@@ -122,8 +122,7 @@ private:
 
     void Run() {
         try {
-            int64_t affected = 0;
-            std::unique_ptr<Cursor> c = backend_->Execute(sql_, {}, affected, timeout_);
+            std::unique_ptr<Cursor> c = backend_->ExecuteInBackground(sql_, timeout_);
             {
                 std::lock_guard<std::mutex> g(m_);
                 if (c) columns_ = c->Columns();

@@ -1,10 +1,18 @@
 // MySQL-family servers on the MariaDB client library. The connection text
 // is the one the MySQL session builds for its ODBC driver; its keys keep
 // their meaning here (login.hpp). Results stream from the server: a cursor
-// holds one row at a time, and only when another statement needs the
-// connection before a cursor has finished does that cursor keep the rest of
-// its rows in memory. Every call on one connection is made under its lock,
-// since a background fetch reads a cursor while the caller runs statements.
+// holds one row at a time. A result read in the background (fill mode 3)
+// streams on a connection of its own, opened with the same login and kept
+// for the next one, so that the statements the caller runs meanwhile (the
+// row count of a data set, say) neither wait for it nor make it keep its
+// rows in memory. On the main connection, a statement that comes while a
+// cursor is still reading makes that cursor keep the rest of its rows.
+// Every call on one connection is made under its lock.
+//
+// A background result sees what every connection sees: committed rows.
+// The library runs no engine transactions; a caller that opens one by
+// statement and reads its own uncommitted rows in fill mode 3 would not
+// see them, and temporary tables of the main connection are not there.
 #include <mysql.h>
 #include <ma_pvio.h>
 #include <mysqld_error.h>
@@ -22,6 +30,7 @@ namespace zolsdk::ado::detail {
 namespace {
 
 class MariaDbCursor;
+struct StreamPool;
 
 // What one open connection shares with its cursors.
 struct Link {
@@ -34,6 +43,17 @@ struct Link {
     MariaDbLogin login;
     unsigned long threadId = 0;
     int32_t loginTimeout = 15;
+};
+
+// The background connections of one backend: those free for the next
+// result, and all of them, to close with the backend.
+struct StreamPool {
+    std::mutex lock;
+    std::vector<std::shared_ptr<Link>> idle, all;
+    void Give(std::shared_ptr<Link> link) {
+        std::lock_guard<std::mutex> g(lock);
+        idle.push_back(std::move(link));
+    }
 };
 
 [[noreturn]] void ThrowServer(MYSQL* db) {
@@ -61,8 +81,9 @@ MYSQL* Connect(const MariaDbLogin& login, int32_t loginTimeout, bool forStatemen
 
 class MariaDbCursor final : public Cursor {
 public:
-    MariaDbCursor(std::shared_ptr<Link> link, MYSQL_RES* res, std::vector<ResultField> fields)
-        : link_(std::move(link)), res_(res), gen_(link_->generation), fields_(std::move(fields)) {
+    MariaDbCursor(std::shared_ptr<Link> link, MYSQL_RES* res, std::vector<ResultField> fields,
+                  std::shared_ptr<StreamPool> pool = nullptr)
+        : link_(std::move(link)), pool_(std::move(pool)), res_(res), gen_(link_->generation), fields_(std::move(fields)) {
         cols_.reserve(fields_.size());
         for (const ResultField& f : fields_) cols_.push_back(f.info);
         link_->streaming = this;
@@ -127,6 +148,7 @@ public:
 
 private:
     std::shared_ptr<Link> link_;
+    std::shared_ptr<StreamPool> pool_; // set when the link is a background connection
     MYSQL_RES* res_;
     uint64_t gen_;
     std::vector<ResultField> fields_;
@@ -184,6 +206,13 @@ private:
                 // refusal belongs to nobody here.
             }
         }
+        GiveBack();
+    }
+
+    // A background connection whose result is over serves the next one.
+    void GiveBack() {
+        if (pool_ && Alive()) pool_->Give(link_);
+        pool_.reset();
     }
 
     // The lock is held.
@@ -197,6 +226,7 @@ private:
         ended_ = true;
         if (link_->streaming == this) link_->streaming = nullptr;
         held_.clear();
+        GiveBack();
     }
 };
 
@@ -244,30 +274,83 @@ MYSQL* Connect(const MariaDbLogin& login, int32_t loginTimeout, bool forStatemen
     return db;
 }
 
+// Opens `link` on a new connection; the caller holds its lock.
+void OpenLink(Link& link, MariaDbLogin login, int32_t loginTimeout) {
+    link.db = Connect(login, loginTimeout, true);
+    link.login = std::move(login);
+    link.loginTimeout = loginTimeout;
+    link.threadId = mysql_thread_id(link.db);
+}
+
+// Closes `link`, stopping a result still arriving; the caller holds its lock.
+void CloseLink(Link& link) {
+    if (!link.db) return;
+    if (link.streaming) link.streaming->Abandon();
+    mysql_close(link.db);
+    link.db = nullptr;
+    link.streaming = nullptr;
+    ++link.generation;
+}
+
+// Runs `sql` on `link` (locked by the caller) and gives its rows as a
+// streaming cursor, or nothing for a statement without rows.
+std::unique_ptr<Cursor> Run(const std::shared_ptr<Link>& link, const std::string& text, int64_t& affected,
+                            std::shared_ptr<StreamPool> pool) {
+    MYSQL* db = link->db;
+    if (mysql_real_query(db, text.data(), text.size()) != 0) ThrowServer(db);
+    if (mysql_field_count(db) == 0) {
+        affected = static_cast<int64_t>(mysql_affected_rows(db));
+        SkipMoreResults(db);
+        if (pool) pool->Give(link);
+        return nullptr;
+    }
+    affected = -1;
+    MYSQL_RES* res = mysql_use_result(db);
+    if (!res) ThrowServer(db);
+    unsigned n = mysql_num_fields(res);
+    MYSQL_FIELD* f = mysql_fetch_fields(res);
+    std::vector<ResultField> fields;
+    fields.reserve(n);
+    for (unsigned i = 0; i < n; ++i) fields.push_back(DescribeField(f[i]));
+    return std::make_unique<MariaDbCursor>(link, res, std::move(fields), std::move(pool));
+}
+
+// The connection's current database ("" for none); the caller holds its lock.
+std::string CurrentDatabase(MYSQL* db) {
+    static constexpr char kSql[] = "SELECT DATABASE()";
+    if (mysql_real_query(db, kSql, sizeof kSql - 1) != 0) ThrowServer(db);
+    MYSQL_RES* res = mysql_store_result(db);
+    if (!res) ThrowServer(db);
+    std::string name;
+    if (MYSQL_ROW r = mysql_fetch_row(res); r && r[0]) name.assign(r[0], mysql_fetch_lengths(res)[0]);
+    mysql_free_result(res);
+    return name;
+}
+
 class MariaDbBackend final : public Backend {
 public:
-    MariaDbBackend() : link_(std::make_shared<Link>()) {}
+    MariaDbBackend() : link_(std::make_shared<Link>()), pool_(std::make_shared<StreamPool>()) {}
     ~MariaDbBackend() override { Close(); }
 
     void Open(const String& connectionText, int32_t loginTimeout) override {
         std::lock_guard<std::mutex> g(link_->lock);
         if (link_->db) return;
-        MariaDbLogin login = ReadMariaDbLogin(connectionText);
-        MYSQL* db = Connect(login, loginTimeout, true);
-        link_->db = db;
-        link_->login = std::move(login);
-        link_->loginTimeout = loginTimeout;
-        link_->threadId = mysql_thread_id(db);
+        OpenLink(*link_, ReadMariaDbLogin(connectionText), loginTimeout);
     }
 
     void Close() override {
+        std::vector<std::shared_ptr<Link>> all;
+        {
+            std::lock_guard<std::mutex> g(pool_->lock);
+            all.swap(pool_->all);
+            pool_->idle.clear();
+        }
+        for (auto& l : all) {
+            std::lock_guard<std::mutex> g(l->lock);
+            CloseLink(*l);
+        }
         std::lock_guard<std::mutex> g(link_->lock);
-        if (!link_->db) return;
-        if (link_->streaming) link_->streaming->Abandon();
-        mysql_close(link_->db);
-        link_->db = nullptr;
-        link_->streaming = nullptr;
-        ++link_->generation;
+        CloseLink(*link_);
     }
 
     bool IsOpen() const override { return link_->db != nullptr; }
@@ -278,25 +361,54 @@ public:
     std::unique_ptr<Cursor> Execute(const String& sql, const std::vector<Ref<Parameter>>& params, int64_t& affected,
                                     int32_t) override {
         std::lock_guard<std::mutex> g(link_->lock);
-        MYSQL* db = link_->db;
-        if (!db) ThrowNotOpen();
+        if (!link_->db) ThrowNotOpen();
         if (link_->streaming) link_->streaming->HoldRest();
-        std::string text = StatementText(db, sql, params);
-        if (mysql_real_query(db, text.data(), text.size()) != 0) ThrowServer(db);
-        if (mysql_field_count(db) == 0) {
-            affected = static_cast<int64_t>(mysql_affected_rows(db));
-            SkipMoreResults(db);
-            return nullptr;
+        return Run(link_, StatementText(link_->db, sql, params), affected, nullptr);
+    }
+
+    std::unique_ptr<Cursor> ExecuteInBackground(const String& sql, int32_t) override {
+        std::string text, database;
+        MariaDbLogin login;
+        int32_t timeout = 15;
+        {
+            // The main connection's current database, which a statement may
+            // have changed since the login.
+            std::lock_guard<std::mutex> g(link_->lock);
+            if (!link_->db) ThrowNotOpen();
+            if (link_->streaming) link_->streaming->HoldRest();
+            text = StatementText(link_->db, sql, {});
+            login = link_->login;
+            timeout = link_->loginTimeout;
+            database = CurrentDatabase(link_->db);
         }
-        affected = -1;
-        MYSQL_RES* res = mysql_use_result(db);
-        if (!res) ThrowServer(db);
-        unsigned n = mysql_num_fields(res);
-        MYSQL_FIELD* f = mysql_fetch_fields(res);
-        std::vector<ResultField> fields;
-        fields.reserve(n);
-        for (unsigned i = 0; i < n; ++i) fields.push_back(DescribeField(f[i]));
-        return std::make_unique<MariaDbCursor>(link_, res, std::move(fields));
+        std::shared_ptr<Link> link;
+        {
+            std::lock_guard<std::mutex> g(pool_->lock);
+            if (!pool_->idle.empty()) {
+                link = std::move(pool_->idle.back());
+                pool_->idle.pop_back();
+            }
+        }
+        if (!link) {
+            link = std::make_shared<Link>();
+            login.database = database;
+            std::lock_guard<std::mutex> g(link->lock);
+            OpenLink(*link, std::move(login), timeout);
+            std::lock_guard<std::mutex> p(pool_->lock);
+            pool_->all.push_back(link);
+        }
+        std::lock_guard<std::mutex> g(link->lock);
+        if (!link->db) ThrowNotOpen();
+        if (!database.empty() && (!link->db->db || database != link->db->db) &&
+            mysql_select_db(link->db, database.c_str()) != 0)
+            ThrowServer(link->db);
+        int64_t affected = 0;
+        try {
+            return Run(link, text, affected, pool_);
+        } catch (const ProviderFailure&) {
+            pool_->Give(link); // a refused statement leaves the connection ready
+            throw;
+        }
     }
 
     Ref<Recordset> OpenSchema(int32_t schema, const std::vector<Variant>& criteria) override {
@@ -305,6 +417,7 @@ public:
 
 private:
     std::shared_ptr<Link> link_;
+    std::shared_ptr<StreamPool> pool_;
 };
 
 } // namespace
