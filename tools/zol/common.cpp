@@ -49,10 +49,12 @@ zolsdk::Ref<zolsdk::DbCatalog> OpenCatalog(const std::string& attrs) {
     } catch (DbError& e) {
         // The library's answers are terse here (91, 13): say what to change.
         String type = LCase(SessionAttributeOf(FromUtf8(attrs), u"dbtype"));
-        if (e.Number() == err::ObjectNotSet)
+        if (e.Number() == err::ObjectNotSet) {
+            String known;
+            for (const String& name : EngineTypeNames()) known += (known.empty() ? u"" : u", ") + name;
             e.Description(e.Description() + u" (the attribute string names no engine: dbtype '" + type +
-                          u"' is none of msaccess, mssql, mysql, msxml)");
-        else if (e.Number() == err::TypeMismatch && type == u"mssql")
+                          u"' is none of " + known + u")");
+        } else if (e.Number() == err::TypeMismatch && type == u"mssql")
             e.Description(e.Description() + u" (a SQL Server attribute string needs protocol=1 for TCP/IP)");
         throw;
     }
