@@ -36,5 +36,6 @@ set(ZOLSDK_PUBLIC_HEADERS
   zolsdk/schema/table.hpp
   zolsdk/sessions/session.hpp
   zolsdk/support/encrypt.hpp
+  zolsdk/transfer/transfer.hpp
   zolsdk/zolsdk.hpp
 )

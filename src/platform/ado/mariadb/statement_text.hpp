@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "zolsdk/platform/ado/connection.hpp"
+#include "platform/ado/connection.hpp"
 
 namespace zolsdk::ado::detail {
 
