@@ -8,7 +8,7 @@ if [ "$(id -u)" -ne 0 ]; then SUDO="sudo"; fi
 
 PACKAGES=(
   build-essential cmake ninja-build pkg-config ccache
-  libgtest-dev googletest
+  libgtest-dev googletest libcli11-dev
   libxml2-dev libpcre2-dev libssl-dev
   unixodbc unixodbc-dev odbc-mariadb tdsodbc
   mariadb-server mariadb-client

@@ -1,3 +1,4 @@
+// zol schema: the tables, columns and indexes of a catalog, as its reader sees them.
 #include <iostream>
 
 #include "commands.hpp"
@@ -14,12 +15,8 @@ const char* GroupName(int32_t g) {
     return g >= 0 && g <= 13 ? names[g] : "?";
 }
 
-Ref<DbCatalog> Open(const std::string& attrs) { return OpenCatalog(attrs); }
-} // namespace
-
-int SchemaCommand(const Args& args, std::ostream& out) {
-    if (args.size() != 1) return Usage(std::cerr, 2);
-    auto cat = Open(args[0]);
+int PrintSchema(const std::string& attrs, std::ostream& out) {
+    auto cat = OpenCatalog(attrs);
     auto tables = cat->Tables();
     out << "catalog " << ToUtf8(cat->Name()) << " (" << ToUtf8(cat->CatalogType()) << "): " << tables->Count()
         << " tables\n";
@@ -51,21 +48,13 @@ int SchemaCommand(const Args& args, std::ostream& out) {
     }
     return 0;
 }
+} // namespace
 
-int CreateCommand(const Args& args, std::ostream& out) {
-    if (args.size() != 1) return Usage(std::cerr, 2);
-    auto cat = Open(args[0]);
-    cat->Create();
-    out << "created " << ToUtf8(cat->Name()) << "\n";
-    return 0;
-}
-
-int DropCommand(const Args& args, std::ostream& out) {
-    if (args.size() != 1) return Usage(std::cerr, 2);
-    auto cat = Open(args[0]);
-    cat->Drop();
-    out << "dropped " << ToUtf8(cat->Name()) << "\n";
-    return 0;
+Command AddSchemaCommand(CLI::App& zol) {
+    auto attrs = std::make_shared<std::string>();
+    CLI::App* app = zol.add_subcommand("schema", "Print the tables, columns and indexes of a catalog.");
+    AddAttributeString(*app, "ATTRS", *attrs, "the catalog to read")->required();
+    return {app, [attrs] { return PrintSchema(*attrs, std::cout); }};
 }
 
 } // namespace zol
