@@ -10,7 +10,7 @@ PACKAGES=(
   build-essential cmake ninja-build pkg-config ccache
   libgtest-dev googletest libcli11-dev
   libxml2-dev libpcre2-dev libssl-dev
-  unixodbc unixodbc-dev odbc-mariadb tdsodbc
+  unixodbc unixodbc-dev odbc-mariadb tdsodbc libmariadb-dev
   mariadb-server mariadb-client
   default-jdk-headless maven
 )

@@ -10,3 +10,4 @@ bash scripts/start-mariadb.sh
 bash scripts/register-freetds.sh
 cd build
 ctest --output-on-failure --timeout 900 "$@"
+if [ "$#" -eq 0 ]; then cd .. && bash scripts/test-python.sh; fi   # the Python package, on a full run

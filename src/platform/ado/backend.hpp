@@ -1,8 +1,9 @@
 #pragma once
 // What a Connection needs from the access layer under it: open by a
 // connection text, run a statement (with bound parameters) as a
-// forward-only cursor, and answer schema questions. The ODBC layer is one
-// such backend; a connection text chooses its backend.
+// forward-only cursor, and answer schema questions. Each backend lives in
+// its own folder (odbc/, mariadb/, jet/, sqlserver/); a connection text
+// chooses its backend (backend_factory.cpp).
 #include <cstdint>
 #include <exception>
 #include <memory>
@@ -70,12 +71,23 @@ public:
 // The backend for a connection text; raises 3706 (provider not found) when
 // no backend serves it.
 std::shared_ptr<Backend> MakeBackend(const String& connectionText);
+// How a driver under the generic ODBC backend behaves where drivers differ.
+struct OdbcOptions {
+    // A statement may answer with row counts before its rows: skip them.
+    bool countsBeforeRows = false;
+};
 // The unixODBC backend ("Driver=...", "DSN=...").
-std::shared_ptr<Backend> MakeOdbcBackend();
+std::shared_ptr<Backend> MakeOdbcBackend(OdbcOptions options = {});
+// MySQL-family servers, for the texts that name the MySQL driver
+// ("Driver=MySQL ODBC 5.1 Driver;DATABASE=...;SERVER=...").
+std::shared_ptr<Backend> MakeMariaDbBackend();
 // Access files ("Provider=Microsoft.Jet.OLEDB.4.0;Data Source=...").
 std::shared_ptr<Backend> MakeJetBackend();
 // SQL Server ("Provider=SQLOLEDB.1;..."), translated for the ODBC layer.
 std::shared_ptr<Backend> MakeSqlServerBackend();
+
+// Where the "?" marks of a statement stand (outside quotes and comments).
+std::vector<size_t> ParameterMarkPositions(StringView sql);
 
 // Fills a new disconnected rowset from a cursor, all rows at once.
 Ref<Recordset> DrainToRowset(Cursor& cursor);

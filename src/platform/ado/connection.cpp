@@ -349,8 +349,10 @@ Ref<Recordset> Command::Execute(int32_t& recordsAffected, int32_t options) {
     return connection_->ExecuteWith(text_, params, recordsAffected, options);
 }
 
-int32_t CountParameterMarks(StringView sql) {
-    int32_t n = 0;
+namespace detail {
+
+std::vector<size_t> ParameterMarkPositions(StringView sql) {
+    std::vector<size_t> marks;
     size_t i = 0, len = sql.size();
     while (i < len) {
         char16_t c = sql[i];
@@ -375,11 +377,15 @@ int32_t CountParameterMarks(StringView sql) {
             size_t e = sql.find(u"*/", i + 2);
             i = e == StringView::npos ? len : e + 2;
         } else {
-            if (c == u'?') ++n;
+            if (c == u'?') marks.push_back(i);
             ++i;
         }
     }
-    return n;
+    return marks;
 }
+
+} // namespace detail
+
+int32_t CountParameterMarks(StringView sql) { return static_cast<int32_t>(detail::ParameterMarkPositions(sql).size()); }
 
 } // namespace zolsdk::ado

@@ -11,7 +11,7 @@ namespace {
 
 class SqlServerBackend final : public Backend {
 public:
-    SqlServerBackend() : odbc_(MakeOdbcBackend()) {}
+    SqlServerBackend() : odbc_(MakeOdbcBackend({/*countsBeforeRows=*/true})) {}
 
     void Open(const String& connectionText, int32_t loginTimeout) override {
         FreeTdsConnection c = TranslateToFreeTds(connectionText);

@@ -3,7 +3,7 @@
 #include "platform/ado/schema_rowsets.hpp"
 #include <map>
 
-#include "platform/ado/sqlserver/odbc_catalog.hpp"
+#include "platform/ado/odbc/odbc_catalog.hpp"
 
 namespace zolsdk::ado::detail {
 

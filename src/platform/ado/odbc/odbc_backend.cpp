@@ -1,6 +1,6 @@
-// The ODBC backend: connection texts that start with "Driver=" go to the
-// unixODBC driver manager through the wide-character calls, so text crosses
-// as UTF-16 on both sides. Every driver call on one connection is made
+// The generic ODBC backend: a connection text goes to the unixODBC driver
+// manager through the wide-character calls, so text crosses as UTF-16 on
+// both sides. Every driver call on one connection is made
 // under that connection's lock: an asynchronous fetch reads its cursor on a
 // background thread while the caller may run other statements.
 #include <sql.h>
@@ -11,8 +11,7 @@
 #include <cstring>
 
 #include "platform/ado/backend.hpp"
-#include "platform/ado/sqlserver/odbc_catalog.hpp"
-#include "platform/ado/sqlserver/sqlserver_schema.hpp"
+#include "platform/ado/odbc/odbc_catalog.hpp"
 #include "zolsdk/platform/datetime.hpp"
 #include "zolsdk/platform/decimal.hpp"
 
@@ -360,7 +359,7 @@ void BindParameters(SQLHSTMT stmt, const std::vector<Ref<Parameter>>& params, st
 
 class OdbcBackend final : public Backend {
 public:
-    OdbcBackend() : link_(std::make_shared<Link>()) {}
+    explicit OdbcBackend(OdbcOptions options) : link_(std::make_shared<Link>()), options_(options) {}
     ~OdbcBackend() override { Close(); }
 
     void Open(const String& connectionText, int32_t loginTimeout) override {
@@ -414,7 +413,7 @@ public:
             SQLLEN count = -1;
             SQLRowCount(stmt, &count);
             affected = rc == SQL_NO_DATA ? 0 : static_cast<int64_t>(count);
-            if (rc != SQL_NO_DATA && ncols <= 0 && IsSqlServer()) ncols = SkipCountsToRows(stmt);
+            if (rc != SQL_NO_DATA && ncols <= 0 && options_.countsBeforeRows) ncols = SkipCountsToRows(stmt);
             if (ncols <= 0) {
                 SQLFreeHandle(SQL_HANDLE_STMT, stmt);
                 return nullptr;
@@ -428,11 +427,9 @@ public:
         }
     }
 
-    Ref<Recordset> OpenSchema(int32_t schema, const std::vector<Variant>& criteria) override {
-        String dbms = LCase(dbmsName_);
-        if (dbms.find(u"mysql") != String::npos || dbms.find(u"mariadb") != String::npos)
-            return MySqlOpenSchema(*this, schema, criteria);
-        if (IsSqlServer()) return SqlServerOpenSchema(*this, schema, criteria);
+    // Schema rowsets differ by store: the backend of each store builds them
+    // (from the catalog calls below or from its own statements).
+    Ref<Recordset> OpenSchema(int32_t, const std::vector<Variant>&) override {
         RaisePlatformFrom(adErrFeatureNotAvailable, kConnectionSource,
                           u"Object or provider is not capable of performing requested operation.");
     }
@@ -505,6 +502,7 @@ public:
 
 private:
     std::shared_ptr<Link> link_;
+    OdbcOptions options_;
     String dbmsName_;
 
     // The connection's current database; the caller holds the lock.
@@ -518,10 +516,8 @@ private:
         return buf;
     }
 
-    bool IsSqlServer() const { return LCase(dbmsName_).find(u"sql server") != String::npos; }
-
-    // A statement of SQL Server may answer with row counts (of statements
-    // inside a procedure, say) before the rows it was asked for: move past
+    // A statement may answer with row counts (of statements inside a
+    // procedure, say) before the rows it was asked for: move past
     // them to the first result that has columns. Refusals on the way are
     // raised, not lost. Answers the number of columns found (0 for none).
     static SQLSMALLINT SkipCountsToRows(SQLHSTMT stmt) {
@@ -573,7 +569,7 @@ private:
 
 } // namespace
 
-std::shared_ptr<Backend> MakeOdbcBackend() { return std::make_shared<OdbcBackend>(); }
+std::shared_ptr<Backend> MakeOdbcBackend(OdbcOptions options) { return std::make_shared<OdbcBackend>(options); }
 
 namespace {
 OdbcBackend& AsOdbc(Backend& b) {

@@ -87,47 +87,70 @@ int32_t DisplayWidth(const String& columnType) {
     return static_cast<int32_t>(std::stol(ToUtf8(digits)));
 }
 
+// One row a server type. Precision and length are figures, or one of the
+// markers below; the few rules no row can hold follow in Figures().
+constexpr int32_t kNull = -1;       // no figure
+constexpr int32_t kCatalog = -2;    // the catalog's figure (NUMERIC_PRECISION/SCALE, CHARACTER_MAXIMUM_LENGTH)
+constexpr int32_t kCharacters = -3; // the catalog's length in characters (old servers: bytes)
+constexpr int32_t kLongest = 2147483647;
+
+struct TypeRow {
+    StringView name;
+    int32_t type, unsignedType;
+    int32_t precision, unsignedPrecision;
+    int32_t length;
+};
+
+constexpr TypeRow kTypes[] = {
+    {u"tinyint", adType::TinyInt, adType::UnsignedTinyInt, 4, 3, kNull},
+    {u"smallint", adType::SmallInt, adType::UnsignedSmallInt, 5, 5, kNull},
+    {u"mediumint", adType::Integer, adType::UnsignedInt, 7, 8, kNull},
+    {u"int", adType::Integer, adType::UnsignedInt, 10, 10, kNull},
+    {u"integer", adType::Integer, adType::UnsignedInt, 10, 10, kNull},
+    {u"bigint", adType::BigInt, adType::UnsignedBigInt, 19, 20, kNull},
+    {u"float", adType::Single, adType::Single, 7, 7, kNull},
+    {u"double", adType::Double, adType::Double, 15, 15, kNull},
+    {u"real", adType::Double, adType::Double, 15, 15, kNull},
+    {u"double precision", adType::Double, adType::Double, 15, 15, kNull},
+    {u"decimal", adType::Numeric, adType::Numeric, kCatalog, kCatalog, kNull},
+    {u"numeric", adType::Numeric, adType::Numeric, kCatalog, kCatalog, kNull},
+    {u"date", adType::DBDate, adType::DBDate, kNull, kNull, kNull},
+    {u"time", adType::DBTime, adType::DBTime, kNull, kNull, kNull},
+    {u"datetime", adType::DBTimeStamp, adType::DBTimeStamp, kNull, kNull, kNull},
+    {u"timestamp", adType::DBTimeStamp, adType::DBTimeStamp, kNull, kNull, kNull},
+    {u"year", adType::SmallInt, adType::SmallInt, 4, 4, kNull},
+    {u"char", adType::WChar, adType::WChar, kNull, kNull, kCharacters},
+    {u"varchar", adType::WChar, adType::WChar, kNull, kNull, kCharacters},
+    {u"enum", adType::WChar, adType::WChar, kNull, kNull, kCharacters},
+    {u"set", adType::WChar, adType::WChar, kNull, kNull, kCharacters},
+    {u"tinytext", adType::WChar, adType::WChar, kNull, kNull, 255},
+    {u"text", adType::WChar, adType::WChar, kNull, kNull, 65535},
+    {u"mediumtext", adType::WChar, adType::WChar, kNull, kNull, 16777215},
+    {u"longtext", adType::WChar, adType::WChar, kNull, kNull, kLongest},
+    {u"json", adType::WChar, adType::WChar, kNull, kNull, kLongest},
+    {u"binary", adType::Binary, adType::Binary, kNull, kNull, kCatalog},
+    {u"varbinary", adType::Binary, adType::Binary, kNull, kNull, kCatalog},
+    {u"tinyblob", adType::Binary, adType::Binary, kNull, kNull, 255},
+    {u"blob", adType::Binary, adType::Binary, kNull, kNull, 65535},
+    {u"mediumblob", adType::Binary, adType::Binary, kNull, kNull, 16777215},
+    {u"longblob", adType::Binary, adType::Binary, kNull, kNull, kLongest},
+    {u"geometry", adType::Binary, adType::Binary, kNull, kNull, kLongest},
+    {u"point", adType::Binary, adType::Binary, kNull, kNull, kLongest},
+    {u"linestring", adType::Binary, adType::Binary, kNull, kNull, kLongest},
+    {u"polygon", adType::Binary, adType::Binary, kNull, kNull, kLongest},
+    {u"multipoint", adType::Binary, adType::Binary, kNull, kNull, kLongest},
+    {u"multilinestring", adType::Binary, adType::Binary, kNull, kNull, kLongest},
+    {u"multipolygon", adType::Binary, adType::Binary, kNull, kNull, kLongest},
+    {u"geometrycollection", adType::Binary, adType::Binary, kNull, kNull, kLongest},
+};
+
 TypeFigures Figures(const String& dataTypeName, const String& columnType, const Variant& charMax,
                     const Variant& numPrecision, const Variant& numScale, bool oldLengths) {
     String t = LCase(dataTypeName);
     bool isUnsigned = LCase(columnType).find(u"unsigned") != String::npos;
     TypeFigures f;
-    auto num = [&](int32_t signedType, int32_t unsignedType, int32_t precision, int32_t unsignedPrecision) {
-        f.dataType = isUnsigned ? unsignedType : signedType;
-        f.precision = Variant(isUnsigned ? unsignedPrecision : precision);
-    };
-    if (t == u"tinyint") {
-        int32_t w = DisplayWidth(columnType);
-        f.dataType = isUnsigned ? adType::UnsignedTinyInt : adType::TinyInt;
-        f.precision = Variant(w > 0 ? w : (isUnsigned ? 3 : 4));
-    } else if (t == u"smallint") {
-        num(adType::SmallInt, adType::UnsignedSmallInt, 5, 5);
-    } else if (t == u"mediumint") {
-        num(adType::Integer, adType::UnsignedInt, 7, 8);
-    } else if (t == u"int" || t == u"integer") {
-        num(adType::Integer, adType::UnsignedInt, 10, 10);
-    } else if (t == u"bigint") {
-        num(adType::BigInt, adType::UnsignedBigInt, 19, 20);
-    } else if (t == u"float") {
-        f.dataType = adType::Single;
-        f.precision = Variant(int32_t{7});
-    } else if (t == u"double" || t == u"real" || t == u"double precision") {
-        f.dataType = adType::Double;
-        f.precision = Variant(int32_t{15});
-    } else if (t == u"decimal" || t == u"numeric") {
-        f.dataType = adType::Numeric;
-        f.precision = LongOrNull(numPrecision);
-        f.scale = LongOrNull(numScale);
-    } else if (t == u"date") {
-        f.dataType = adType::DBDate;
-    } else if (t == u"time") {
-        f.dataType = adType::DBTime;
-    } else if (t == u"datetime" || t == u"timestamp") {
-        f.dataType = adType::DBTimeStamp;
-    } else if (t == u"year") {
-        f.dataType = adType::SmallInt;
-        f.precision = Variant(int32_t{4});
-    } else if (t == u"bit") {
+    if (t == u"bit") {
+        // BIT(1) is a flag; wider bit fields are bytes.
         int32_t bits = numPrecision.IsNull() ? 1 : numPrecision.ToLong();
         if (bits <= 1) {
             f.dataType = adType::Boolean;
@@ -135,41 +158,39 @@ TypeFigures Figures(const String& dataTypeName, const String& columnType, const 
             f.dataType = adType::Binary;
             f.maxLength = Variant((bits + 7) / 8);
         }
-    } else if (t == u"char" || t == u"varchar" || t == u"enum" || t == u"set") {
-        f.dataType = adType::WChar;
+        return f;
+    }
+    const TypeRow* row = nullptr;
+    for (const TypeRow& r : kTypes)
+        if (t == r.name) row = &r;
+    if (!row) {
+        // Types the table does not know (inet6, uuid, ...) travel as text.
+        f.maxLength = charMax.IsNull() ? Variant(int32_t{0}) : LongOrNull(charMax);
+        return f;
+    }
+    f.dataType = isUnsigned ? row->unsignedType : row->type;
+    int32_t precision = isUnsigned ? row->unsignedPrecision : row->precision;
+    if (precision == kCatalog) {
+        f.precision = LongOrNull(numPrecision);
+        f.scale = LongOrNull(numScale);
+    } else if (precision != kNull) {
+        f.precision = Variant(precision);
+    }
+    // A tinyint shows its display width (tinyint(1) is how flags are made).
+    if (t == u"tinyint") {
+        int32_t w = DisplayWidth(columnType);
+        if (w > 0) f.precision = Variant(w);
+    }
+    if (row->length == kCatalog) {
+        f.maxLength = LongOrNull(charMax);
+    } else if (row->length == kCharacters) {
         Variant n = LongOrNull(charMax);
         // Old servers counted these lengths in bytes of UTF-8 and readers
         // divide by 3 on exactly that test, so the figure is given the same way.
-        if (!n.IsNull() && oldLengths) n = Variant(static_cast<int32_t>(std::min<int64_t>(int64_t{n.ToLong()} * 3, 2147483647)));
+        if (!n.IsNull() && oldLengths) n = Variant(static_cast<int32_t>(std::min<int64_t>(int64_t{n.ToLong()} * 3, kLongest)));
         f.maxLength = n;
-    } else if (t == u"tinytext") {
-        f.maxLength = Variant(int32_t{255});
-    } else if (t == u"text") {
-        f.maxLength = Variant(int32_t{65535});
-    } else if (t == u"mediumtext") {
-        f.maxLength = Variant(int32_t{16777215});
-    } else if (t == u"longtext" || t == u"json") {
-        f.maxLength = Variant(int32_t{2147483647});
-    } else if (t == u"binary" || t == u"varbinary") {
-        f.dataType = adType::Binary;
-        f.maxLength = LongOrNull(charMax);
-    } else if (t == u"tinyblob") {
-        f.dataType = adType::Binary;
-        f.maxLength = Variant(int32_t{255});
-    } else if (t == u"blob") {
-        f.dataType = adType::Binary;
-        f.maxLength = Variant(int32_t{65535});
-    } else if (t == u"mediumblob") {
-        f.dataType = adType::Binary;
-        f.maxLength = Variant(int32_t{16777215});
-    } else if (t == u"longblob" || t == u"geometry" || t == u"point" || t == u"linestring" || t == u"polygon" ||
-               t == u"multipoint" || t == u"multilinestring" || t == u"multipolygon" || t == u"geometrycollection") {
-        f.dataType = adType::Binary;
-        f.maxLength = Variant(int32_t{2147483647});
-    } else {
-        // Types this table does not know (inet6, uuid, ...) travel as text.
-        f.dataType = adType::WChar;
-        f.maxLength = charMax.IsNull() ? Variant(int32_t{0}) : LongOrNull(charMax);
+    } else if (row->length != kNull) {
+        f.maxLength = Variant(row->length);
     }
     return f;
 }
