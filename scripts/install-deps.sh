@@ -11,7 +11,7 @@ PACKAGES=(
   libgtest-dev googletest libcli11-dev
   libxml2-dev libpcre2-dev libssl-dev
   unixodbc unixodbc-dev odbc-mariadb tdsodbc libmariadb-dev
-  mariadb-server mariadb-client
+  mariadb-server mariadb-client time bc
   default-jdk-headless maven
 )
 
