@@ -42,3 +42,6 @@
 #include "zolsdk/mapping/column_map.hpp"
 #include "zolsdk/mapping/map_expression.hpp"
 #include "zolsdk/support/encrypt.hpp"
+
+// The lossless copy road.
+#include "zolsdk/transfer/transfer.hpp"

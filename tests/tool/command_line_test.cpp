@@ -9,8 +9,8 @@ using namespace zoltool;
 
 namespace {
 
-const std::vector<std::string> kCommands = {"migrate", "schema", "create", "drop", "demo", "help"};
-const std::vector<std::string> kAttrCommands = {"migrate", "schema", "create", "drop"};
+const std::vector<std::string> kCommands = {"migrate", "verify", "schema", "create", "drop", "demo", "help"};
+const std::vector<std::string> kAttrCommands = {"migrate", "verify", "schema", "create", "drop"};
 
 TEST(CommandLine, EveryCommandHasHelpThatNamesItsOptionsAndTheEngines) {
     Ran top = Zol({"--help"});
@@ -38,7 +38,8 @@ TEST(CommandLine, EveryCommandHasHelpThatNamesItsOptionsAndTheEngines) {
             EXPECT_NE(text.find(needle), std::string::npos) << needle;
     }
     std::string migrate = Zol({"migrate", "--help"}).out;
-    for (const char* option : {"--from", "--to", "--table", "--schema-only", "--report"})
+    for (const char* option : {"--from", "--to", "--table", "--schema-only", "--replace", "--jobs", "--range-rows",
+                               "--resume", "--state", "--lock-timeout", "--report", "--compat"})
         EXPECT_NE(migrate.find(option), std::string::npos) << option;
 
     Ran version = Zol({"--version"});
@@ -67,6 +68,11 @@ TEST(CommandLine, WrongArgumentsExitTwoNamingTheArgument) {
         {{"migrate", "--from", "dbtype=db2", "--to", mysql}, "--from: the attribute string names no engine"},
         {{"migrate", "--from", mysql, "--to", mysql, "--fast"}, "--fast"},
         {{"migrate", "--from", mysql, "--to", mysql, "--report"}, "--report"},
+        {{"migrate", "--from", mysql, "--to", mysql, "--jobs", "0"}, "--jobs"},
+        {{"migrate", "--from", mysql, "--to", mysql, "--jobs", "four"}, "--jobs"},
+        {{"migrate", "--from", mysql, "--to", mysql, "--compat", "--resume"}, "--compat"},
+        {{"migrate", "--from", mysql, "--to", mysql, "--lock-timeout", "-1"}, "--lock-timeout"},
+        {{"verify", "--from", mysql}, "--to is required"},
         {{"demo", "--scale", "0"}, "--scale"},
         {{"demo", "--scale", "many"}, "--scale"},
     };

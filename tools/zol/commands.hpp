@@ -23,6 +23,7 @@ Command AddSchemaCommand(CLI::App& zol);
 Command AddCreateCommand(CLI::App& zol);
 Command AddDropCommand(CLI::App& zol);
 Command AddMigrateCommand(CLI::App& zol);
+Command AddVerifyCommand(CLI::App& zol);
 Command AddDemoCommand(CLI::App& zol);
 Command AddHelpCommand(CLI::App& zol);
 

@@ -17,8 +17,9 @@ int main(int argc, char** argv) {
     zol.footer("Run 'zol help COMMAND' or 'zol COMMAND --help' for a command's options, the attribute\n"
                "keys of each engine and examples.");
     std::vector<zol::Command> commands = {
-        zol::AddMigrateCommand(zol), zol::AddSchemaCommand(zol), zol::AddCreateCommand(zol),
-        zol::AddDropCommand(zol),    zol::AddDemoCommand(zol),   zol::AddHelpCommand(zol),
+        zol::AddMigrateCommand(zol), zol::AddVerifyCommand(zol), zol::AddSchemaCommand(zol),
+        zol::AddCreateCommand(zol),  zol::AddDropCommand(zol),   zol::AddDemoCommand(zol),
+        zol::AddHelpCommand(zol),
     };
 
     if (argc < 2) {

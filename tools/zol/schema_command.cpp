@@ -2,6 +2,8 @@
 #include <iostream>
 
 #include "commands.hpp"
+#include "engines.hpp"
+#include "zolsdk/transfer/transfer.hpp"
 #include "zolsdk/zolsdk.hpp"
 
 using namespace zolsdk;
@@ -51,10 +53,22 @@ int PrintSchema(const std::string& attrs, std::ostream& out) {
 } // namespace
 
 Command AddSchemaCommand(CLI::App& zol) {
-    auto attrs = std::make_shared<std::string>();
-    CLI::App* app = zol.add_subcommand("schema", "Print the tables, columns and indexes of a catalog.");
-    AddAttributeString(*app, "ATTRS", *attrs, "the catalog to read")->required();
-    return {app, [attrs] { return PrintSchema(*attrs, std::cout); }};
+    struct Options {
+        std::string attrs, save;
+    };
+    auto o = std::make_shared<Options>();
+    CLI::App* app = zol.add_subcommand("schema", "Print the tables, columns and indexes of a catalog, or write them "
+                                                 "into an XML schema file.");
+    AddAttributeString(*app, "ATTRS", o->attrs, "the catalog to read")->required();
+    app->add_option("--save", o->save, "write the schema into this XML schema file instead of printing it")
+        ->type_name("FILE");
+    return {app, [o] {
+                if (o->save.empty()) return PrintSchema(o->attrs, std::cout);
+                // The same schema the lossless road writes into an XML catalog.
+                transfer::SaveSchema(FromUtf8(o->attrs), FromUtf8(o->save));
+                std::cout << "saved the schema of " << WithoutPassword(o->attrs) << " into " << o->save << "\n";
+                return 0;
+            }};
 }
 
 } // namespace zol

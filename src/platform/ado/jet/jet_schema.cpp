@@ -11,7 +11,7 @@ namespace {
 
 // OLE DB column flags.
 constexpr int32_t kFlagWriteUnknown = 0x8, kFlagFixed = 0x10, kFlagNullable = 0x20, kFlagMaybeNull = 0x40,
-                  kFlagLong = 0x80;
+                  kFlagLong = 0x80, kFlagRowId = 0x100;
 
 void Rewind(Recordset& rs) {
     if (rs.RecordCount() > 0) rs.MoveFirst();
@@ -63,7 +63,9 @@ Ref<Recordset> ColumnsRowset(const FactRows& columns, const std::vector<Variant>
         bool nullable = !c[9].ToBoolean();
         String def = Text(c[10]);
         int32_t flags = kFlagWriteUnknown | (f.fixedLength ? kFlagFixed : 0) | (f.isLong ? kFlagLong : 0) |
-                        (nullable ? kFlagNullable | kFlagMaybeNull : 0);
+                        (nullable ? kFlagNullable | kFlagMaybeNull : 0) |
+                        // An AutoNumber: the row's own number, given by the file.
+                        (c[7].ToBoolean() ? kFlagRowId : 0);
         bool isDate = f.dataType == adType::Date;
         rs->AppendRow({Variant::Null(), Variant::Null(), c[0], c[1], Variant::Null(), Variant::Null(), c[2],
                        Variant(!def.empty()), def.empty() ? Variant::Null() : Variant(def), Variant(flags),

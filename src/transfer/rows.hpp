@@ -1,0 +1,40 @@
+#pragma once
+// Rows of one table streamed forward once from an engine, and written into
+// another by its fastest exact road available: multi-row INSERTs with
+// exact literals on MariaDB, bound INSERTs elsewhere.
+#include <memory>
+
+#include "transfer/endpoint.hpp"
+
+namespace zolsdk::transfer {
+
+// The SELECT of a table's planned columns on `e` (restricted to `range`
+// on its first key column).
+String SelectSql(Engine e, const TablePlan& t, const KeyRange& range);
+
+class RowReader {
+public:
+    RowReader(ado::Connection& c, Engine e, const TablePlan& t, const KeyRange& range);
+    // Reads the next row into Row(); false at the end.
+    bool Next();
+    const std::vector<Variant>& Row() const { return row_; }
+
+private:
+    Ref<ado::Recordset> rs_;
+    std::vector<Variant> row_;
+    bool started_ = false;
+};
+
+class RowWriter {
+public:
+    virtual ~RowWriter() = default;
+    virtual void Add(const std::vector<Variant>& row) = 0;
+    // Sends what is pending; the rows the engine took so far.
+    virtual int64_t Flush() = 0;
+    // Sends the rest and restores the session (identity inserts).
+    virtual int64_t Finish() = 0;
+};
+
+std::unique_ptr<RowWriter> MakeWriter(ado::Connection& c, Engine target, const TablePlan& t, size_t batchBytes);
+
+} // namespace zolsdk::transfer

@@ -1,0 +1,200 @@
+#include "transfer/values.hpp"
+
+#include <charconv>
+#include <cstring>
+
+#include "transfer/type_map.hpp"
+#include "zolsdk/platform/datetime.hpp"
+
+namespace zolsdk::transfer {
+
+namespace {
+
+std::string Shortest(double d) {
+    char buf[40];
+    auto r = std::to_chars(buf, buf + sizeof buf, d);
+    return std::string(buf, r.ptr);
+}
+
+std::string Shortest(float f) {
+    char buf[40];
+    auto r = std::to_chars(buf, buf + sizeof buf, f);
+    return std::string(buf, r.ptr);
+}
+
+String TwoDigits(int v) {
+    String s = IntText(v);
+    return v < 10 ? u"0" + s : s;
+}
+
+String DatePartText(const DateParts& p) {
+    String y = IntText(p.year);
+    while (y.size() < 4) y = u"0" + y;
+    return y + u"-" + TwoDigits(p.month) + u"-" + TwoDigits(p.day);
+}
+
+String TimePartText(const DateParts& p) {
+    return TwoDigits(p.hour) + u":" + TwoDigits(p.minute) + u":" + TwoDigits(p.second);
+}
+
+// The date as text for the kind: the date alone, the time alone or both.
+String DateForKind(Kind k, double date) {
+    DateParts p = SplitDate(date);
+    if (k == Kind::Date) return DatePartText(p);
+    if (k == Kind::Time) return TimePartText(p);
+    return DatePartText(p) + u" " + TimePartText(p);
+}
+
+String ExactNumber(const Variant& v) {
+    switch (v.Type()) {
+    case VarType::Double: return Ascii(Shortest(v.ToDouble()));
+    case VarType::Single: return Ascii(Shortest(v.ToSingle()));
+    case VarType::Boolean: return v.ToBoolean() ? u"1" : u"0";
+    default: return v.ToDecimal().ToText(u'.');
+    }
+}
+
+String GuidText(const Variant& v) {
+    String s = UCase(v.ToString());
+    if (!s.empty() && s.front() != u'{') s = u"{" + s + u"}";
+    return s;
+}
+
+void PutLength(std::string& out, size_t n) {
+    char b[8];
+    std::memcpy(b, &n, 8);
+    out.append(b, 8);
+}
+
+} // namespace
+
+String TextLiteral(Engine e, StringView text) {
+    String s;
+    s.reserve(text.size() + 2);
+    s += u'\'';
+    for (char16_t c : text) {
+        if (e == Engine::MySql) {
+            if (c == u'\\') { s += u"\\\\"; continue; }
+            if (c == u'\0') { s += u"\\0"; continue; }
+            if (c == u'\'') { s += u"\\'"; continue; }
+        } else if (c == u'\'') {
+            s += u"''";
+            continue;
+        }
+        s += c;
+    }
+    s += u'\'';
+    return s;
+}
+
+String Literal(Engine e, Kind k, const Variant& v) {
+    if (v.IsNull() || v.IsEmpty()) return u"NULL";
+    switch (k) {
+    case Kind::Boolean:
+        if (v.IsString()) return TextLiteral(e, v.ToString());
+        return v.ToBoolean() ? (e == Engine::Access ? u"-1" : u"1") : u"0";
+    case Kind::Date: case Kind::Time: case Kind::DateTime: {
+        String text = DateForKind(k, v.ToDate());
+        if (e == Engine::Access) return u"#" + text + u"#";
+        return u"'" + text + u"'";
+    }
+    case Kind::Binary: case Kind::LongBinary: {
+        Bytes b = v.ToBytes();
+        if (b.empty()) return u"''";
+        static const char16_t hex[] = u"0123456789ABCDEF";
+        String s = e == Engine::SqlServer ? u"0x" : u"X'";
+        s.reserve(s.size() + b.size() * 2 + 1);
+        for (uint8_t x : b) {
+            s += hex[x >> 4];
+            s += hex[x & 15];
+        }
+        if (e != Engine::SqlServer) s += u'\'';
+        return s;
+    }
+    case Kind::Guid:
+        return TextLiteral(e, GuidText(v));
+    case Kind::Text: case Kind::LongText:
+        return (e == Engine::SqlServer ? u"N" : u"") + TextLiteral(e, v.ToString());
+    default:
+        if (v.IsString()) return TextLiteral(e, v.ToString());
+        return ExactNumber(v);
+    }
+}
+
+void Normalise(Kind k, const Variant& v, std::string& out) {
+    if (v.IsNull() || v.IsEmpty()) {
+        out += "\x01N";
+        return;
+    }
+    switch (k) {
+    case Kind::Boolean:
+        out += v.ToBoolean() ? "b1" : "b0";
+        return;
+    case Kind::Single:
+        out += 'f';
+        out += Shortest(v.ToSingle());
+        return;
+    case Kind::Double:
+        out += 'd';
+        out += Shortest(v.ToDouble());
+        return;
+    case Kind::Date: case Kind::Time: case Kind::DateTime:
+        out += 't';
+        out += ToUtf8(DateForKind(k, v.ToDate()));
+        return;
+    case Kind::Binary: case Kind::LongBinary: {
+        Bytes b = v.ToBytes();
+        out += 'x';
+        PutLength(out, b.size());
+        out.append(reinterpret_cast<const char*>(b.data()), b.size());
+        return;
+    }
+    case Kind::Text: case Kind::LongText: case Kind::Guid: {
+        std::string s = ToUtf8(k == Kind::Guid ? GuidText(v) : v.ToString());
+        out += 's';
+        PutLength(out, s.size());
+        out += s;
+        return;
+    }
+    default: {
+        // Every integer, decimal and currency by its exact decimal value.
+        Decimal d;
+        if (v.IsString()) {
+            if (!Decimal::TryParse(v.ToString(), u'.', d)) {
+                out += 's' + ToUtf8(v.ToString());
+                return;
+            }
+        } else {
+            d = v.ToDecimal();
+        }
+        out += 'n';
+        out += ToUtf8(d.ToText(u'.'));
+        return;
+    }
+    }
+}
+
+String Shown(const Variant& v) {
+    if (v.IsNull() || v.IsEmpty()) return u"NULL";
+    if (v.IsArray()) return u"<" + IntText(static_cast<int64_t>(v.ToBytes().size())) + u" bytes>";
+    if (v.Type() == VarType::Date) return DateText(v.ToDate());
+    if (v.Type() == VarType::Double || v.Type() == VarType::Single || v.IsNumeric()) return ExactNumber(v);
+    String s = v.ToString();
+    if (s.size() > 40) s = s.substr(0, 40) + u"...";
+    return s;
+}
+
+uint64_t Hash64(std::string_view bytes) {
+    // FNV-1a over the bytes, then a full avalanche so that sums of row
+    // hashes do not cancel out.
+    uint64_t h = 14695981039346656037ull;
+    for (unsigned char c : bytes) h = (h ^ c) * 1099511628211ull;
+    h ^= h >> 30;
+    h *= 0xbf58476d1ce4e5b9ull;
+    h ^= h >> 27;
+    h *= 0x94d049bb133111ebull;
+    h ^= h >> 31;
+    return h;
+}
+
+} // namespace zolsdk::transfer
