@@ -54,6 +54,23 @@ Variant BoundValue(Kind k, const String& text) {
 
 int64_t Number(const String& text) { return std::stoll(ToUtf8(text)); }
 
+// What names the catalog in an attribute string: every item but the
+// password, which may change between runs without naming another catalog.
+String Identity(StringView attributes) {
+    String out;
+    size_t at = 0;
+    for (;;) {
+        size_t end = attributes.find(u';', at);
+        if (end == StringView::npos) end = attributes.size();
+        StringView item = attributes.substr(at, end - at);
+        size_t eq = item.find(u'=');
+        bool password = eq != StringView::npos && EqualsNoCase(Trim(item.substr(0, eq)), u"password");
+        if (!password && !Trim(item).empty()) out += (out.empty() ? u"" : u";") + Trim(item);
+        if (end == attributes.size()) return out;
+        at = end + 1;
+    }
+}
+
 } // namespace
 
 String WithoutPassword(StringView attributes) {
@@ -92,9 +109,9 @@ ResumeState::ResumeState(const String& path, const Plan& plan, bool resume) {
         if (!kept.empty() && kept[0] != kHeader) throw StateFailure(u"the file " + path + u" is no record of a zol run");
         for (size_t i = 1; i < kept.size(); ++i) {
             std::vector<String> f = Fields(kept[i]);
-            if (f[0] == u"from" && f.size() == 2 && f[1] != from)
+            if (f[0] == u"from" && f.size() == 2 && Identity(f[1]) != Identity(from))
                 throw StateFailure(u"the record " + path + u" is of a run from " + f[1] + u", not from " + from);
-            if (f[0] == u"to" && f.size() == 2 && f[1] != to)
+            if (f[0] == u"to" && f.size() == 2 && Identity(f[1]) != Identity(to))
                 throw StateFailure(u"the record " + path + u" is of a run into " + f[1] + u", not into " + to);
             try {
                 Apply(f);
