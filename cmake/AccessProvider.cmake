@@ -89,7 +89,7 @@ if(_zol_jet_reason STREQUAL "")
     COMMENT "Compiling the Access provider's Java classes"
     VERBATIM)
   add_custom_target(zolsdk_jet_classes ALL DEPENDS "${_zol_jet_stamp}")
-  foreach(_tgt zolsdk zolsdk_static)
+  foreach(_tgt zolsdk_objects)
     add_dependencies(${_tgt} zolsdk_jet_classes)
     target_include_directories(${_tgt} PRIVATE ${JNI_INCLUDE_DIRS})
   endforeach()
@@ -113,6 +113,6 @@ file(CONFIGURE OUTPUT "${_zol_jet_config_dir}/platform/ado/jet/jet_config.h" CON
 #define ZOLSDK_JET_CLASSPATH "@_zol_jet_classpath@"
 #define ZOLSDK_JET_UNAVAILABLE_REASON "@_zol_jet_reason@"
 ]=] @ONLY)
-foreach(_tgt zolsdk zolsdk_static)
+foreach(_tgt zolsdk_objects)
   target_include_directories(${_tgt} PRIVATE "${_zol_jet_config_dir}")
 endforeach()

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # The whole test suite on a fresh Debian machine: packages, the local MariaDB
-# server, the build, then every test. Extra arguments go to ctest
+# server, the build (warnings are errors), then every test. Extra arguments go to ctest
 # (e.g. scripts/test.sh -L xml).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-bash scripts/build.sh
+ZOLSDK_WERROR=ON bash scripts/build.sh
 bash scripts/start-mariadb.sh
 bash scripts/register-freetds.sh
 cd build

@@ -1,16 +1,50 @@
-# Installs the built library into a scratch prefix, builds the example
-# client against the installed package and runs it.
+# Installs the built library into a scratch prefix, then, against the
+# installed package only: compiles every installed header alone in a
+# translation unit of its own, and builds and runs the example client.
 set(prefix "${BUILD_DIR}/package-test/prefix")
 set(client "${BUILD_DIR}/package-test/client")
+set(headers "${BUILD_DIR}/package-test/headers")
 file(REMOVE_RECURSE "${BUILD_DIR}/package-test")
-foreach(step
-    "${CMAKE_COMMAND};--install;${BUILD_DIR};--prefix;${prefix}"
-    "${CMAKE_COMMAND};-S;${SOURCE_DIR}/examples/client;-B;${client};-DCMAKE_PREFIX_PATH=${prefix}"
-    "${CMAKE_COMMAND};--build;${client}"
-    "${client}/client")
-  execute_process(COMMAND ${step} RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
+
+set(client_flags "")
+if(SANITIZE)
+  set(client_flags "-DCMAKE_CXX_FLAGS=-fsanitize=${SANITIZE}")
+endif()
+
+function(run_step)
+  execute_process(COMMAND ${ARGN} RESULT_VARIABLE rc OUTPUT_VARIABLE out ERROR_VARIABLE err)
   message("${out}${err}")
   if(NOT rc EQUAL 0)
-    message(FATAL_ERROR "step failed: ${step}")
+    message(FATAL_ERROR "step failed: ${ARGN}")
   endif()
+endfunction()
+
+run_step(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
+
+# One source file per installed header, each including that header alone.
+file(GLOB_RECURSE installed RELATIVE "${prefix}/include" "${prefix}/include/*.hpp")
+list(LENGTH installed count)
+if(count LESS 10)
+  message(FATAL_ERROR "only ${count} headers were installed")
+endif()
+set(sources "")
+foreach(h ${installed})
+  string(MAKE_C_IDENTIFIER "${h}" id)
+  file(WRITE "${headers}/src/${id}.cpp" "#include <${h}>\n")
+  list(APPEND sources "src/${id}.cpp")
 endforeach()
+file(WRITE "${headers}/CMakeLists.txt" "cmake_minimum_required(VERSION 3.25)
+project(zolsdk_headers LANGUAGES CXX)
+set(CMAKE_CXX_STANDARD 20)
+find_package(zolsdk REQUIRED)
+add_library(headers_alone OBJECT ${sources})
+target_compile_options(headers_alone PRIVATE -Wall -Wextra -Werror)
+target_link_libraries(headers_alone PRIVATE zolsdk::zolsdk)
+")
+run_step(${CMAKE_COMMAND} -S ${headers} -B ${headers}/build -DCMAKE_PREFIX_PATH=${prefix} ${client_flags})
+run_step(${CMAKE_COMMAND} --build ${headers}/build)
+message("${count} installed headers compile alone")
+
+run_step(${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples/client -B ${client} -DCMAKE_PREFIX_PATH=${prefix} ${client_flags})
+run_step(${CMAKE_COMMAND} --build ${client})
+run_step(${client}/client)

@@ -11,6 +11,7 @@
 #include "zolsdk/platform/variant.hpp"
 #include "zolsdk/platform/collection.hpp"
 #include "zolsdk/platform/ado/types.hpp"
+#include "zolsdk/platform/ado/parameter.hpp"
 #include "zolsdk/platform/ado/recordset.hpp"
 
 // Catalog, sessions, readers, dialects.

@@ -4,6 +4,7 @@
 #include "zolsdk/dialects/sql_builder.hpp"
 #include "zolsdk/schema/table.hpp"
 #include "zolsdk/sessions/session.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

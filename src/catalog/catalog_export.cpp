@@ -5,6 +5,7 @@
 #include "zolsdk/dialects/sql_builder.hpp"
 #include "zolsdk/readers/reader.hpp"
 #include "zolsdk/sessions/session.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

@@ -4,6 +4,7 @@
 #include "mapping/mapped_value_string.hpp"
 #include "zolsdk/data/data_rows.hpp"
 #include "zolsdk/mapping/column_map.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

@@ -6,6 +6,7 @@
 #include "zolsdk/schema/index.hpp"
 #include "zolsdk/schema/table.hpp"
 #include "zolsdk/sessions/session.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

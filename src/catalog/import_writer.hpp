@@ -7,7 +7,7 @@
 #include "support/string_builder.hpp"
 #include "zolsdk/data/data_row.hpp"
 #include "zolsdk/dialects/sql_builder.hpp"
-#include "zolsdk/platform/ado/connection.hpp"
+#include "platform/ado/connection.hpp"
 #include "zolsdk/platform/collection.hpp"
 #include "zolsdk/sessions/session.hpp"
 

@@ -7,6 +7,7 @@
 #include "zolsdk/data/blob.hpp"
 #include "zolsdk/platform/datetime.hpp"
 #include "zolsdk/platform/error.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

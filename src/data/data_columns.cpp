@@ -6,6 +6,7 @@
 #include "support/split.hpp"
 #include "support/string_builder.hpp"
 #include "zolsdk/schema/column.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

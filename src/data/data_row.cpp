@@ -3,6 +3,7 @@
 #include "data/codecs.hpp"
 #include "support/split.hpp"
 #include "support/string_builder.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

@@ -14,6 +14,8 @@
 #include "zolsdk/schema/index.hpp"
 #include "zolsdk/schema/table.hpp"
 #include "zolsdk/sessions/session.hpp"
+#include "platform/failure_chain.hpp"
+#include "platform/ado/rowset_feed.hpp"
 
 namespace zolsdk {
 
@@ -139,7 +141,7 @@ void DbDataRows::Load() {
                 std::this_thread::sleep_for(std::chrono::milliseconds(1));
             m_bFetching = m_oRS && m_oRS->State() == (adStateOpen | adStateFetching);
             // Read once from first to last: what has been read need not stay.
-            if (m_oRS) m_oRS->ReleasePassedRows(true);
+            if (m_oRS) ado::RowsetFeed::ReleasePassedRows(*m_oRS, true);
         } else {
             ZOL_LN; m_oRS = m_oSession->Execute(sql);
         }
@@ -153,7 +155,7 @@ void DbDataRows::Load() {
             } else {
                 m_lRowCount = 0;
                 if (m_lMode == 3 && m_bFetching) {
-                    m_oRS->FeedComplete();
+                    ado::RowsetFeed::FeedComplete(*m_oRS);
                     m_bFetching = false;
                 }
             }

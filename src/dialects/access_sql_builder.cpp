@@ -1,6 +1,7 @@
 #include "dialects/access_sql_builder.hpp"
 
 #include "support/split.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

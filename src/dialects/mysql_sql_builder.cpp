@@ -5,6 +5,7 @@
 #include "support/replace_text.hpp"
 #include "support/split.hpp"
 #include "support/string_builder.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

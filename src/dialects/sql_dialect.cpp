@@ -9,6 +9,7 @@
 #include "support/split.hpp"
 #include "zolsdk/platform/datetime.hpp"
 #include "zolsdk/platform/locale.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

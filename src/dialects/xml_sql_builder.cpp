@@ -2,6 +2,7 @@
 
 #include "support/replace_text.hpp"
 #include "support/split.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 
@@ -27,7 +28,7 @@ String DbMsXMLSQLBuilder::ColumnItem(const String& tableName, const String& row)
     s += u" data_type_group= " + Field(f, 4);
     s += u" has_default= ";
     s += Flag(!defaultValue.empty());
-    s += u" column_default=\"" + defaultValue + u"\"";
+    s += u" column_default= \"" + defaultValue + u"\"";
     s += u" numeric_precision= " + Field(f, 7);
     s += u" numeric_scale= " + Field(f, 8);
     s += u" character_maximum_length= " + Field(f, 9);

@@ -1,4 +1,5 @@
 #include "zolsdk/mapping/column_map.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

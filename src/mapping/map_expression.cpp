@@ -8,6 +8,7 @@
 #include "zolsdk/data/blob.hpp"
 #include "zolsdk/platform/datetime.hpp"
 #include "zolsdk/schema/column.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

@@ -1,6 +1,7 @@
 #include "zolsdk/platform/error.hpp"
 
 #include <new>
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

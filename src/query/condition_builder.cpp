@@ -1,4 +1,5 @@
 #include "query/condition_builder.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

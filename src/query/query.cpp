@@ -1,4 +1,5 @@
 #include "zolsdk/query/query.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

@@ -2,6 +2,7 @@
 
 #include "zolsdk/platform/ado/types.hpp"
 #include "zolsdk/schema/enums.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

@@ -2,8 +2,9 @@
 
 #include "schema/rowset_shapes.hpp"
 #include "sessions/open_connection.hpp"
-#include "zolsdk/platform/ado/connection.hpp"
+#include "platform/ado/connection.hpp"
 #include "zolsdk/schema/enums.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

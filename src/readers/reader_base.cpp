@@ -1,6 +1,7 @@
 #include "readers/reader_base.hpp"
 
 #include "schema/rowset_shapes.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

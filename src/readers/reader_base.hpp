@@ -6,6 +6,7 @@
 
 #include "zolsdk/readers/reader.hpp"
 #include "zolsdk/sessions/session.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

@@ -3,6 +3,7 @@
 #include "schema/rowset_shapes.hpp"
 #include "sessions/xml_session.hpp"
 #include "zolsdk/schema/enums.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

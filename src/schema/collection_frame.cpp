@@ -4,6 +4,7 @@
 #include "zolsdk/schema/column.hpp"
 #include "zolsdk/schema/index.hpp"
 #include "zolsdk/schema/table.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

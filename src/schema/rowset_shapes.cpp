@@ -1,4 +1,5 @@
 #include "schema/rowset_shapes.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

@@ -5,6 +5,7 @@
 #include "readers/access_reader.hpp"
 #include "sessions/session_factory.hpp"
 #include "support/copy_to_file.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

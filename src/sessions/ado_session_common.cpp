@@ -2,6 +2,7 @@
 
 #include "catalog/raise_error.hpp"
 #include "sessions/open_connection.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

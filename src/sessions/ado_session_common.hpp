@@ -8,8 +8,9 @@
 // class name prefixes every trace literal) and adjusts the two hooks:
 // PrepareConnection for settings a new connection needs before it opens,
 // BeforeStatement for settings applied right before a statement runs.
-#include "zolsdk/platform/ado/connection.hpp"
+#include "platform/ado/connection.hpp"
 #include "sessions/session_base.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

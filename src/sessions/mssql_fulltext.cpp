@@ -3,6 +3,7 @@
 // own Execute family. Nothing waits for a population to finish, and names
 // are quoted as they come, without escaping.
 #include "sessions/mssql_session.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

@@ -4,6 +4,7 @@
 #include "readers/mysql_reader.hpp"
 #include "sessions/open_connection.hpp"
 #include "sessions/session_factory.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

@@ -2,6 +2,7 @@
 
 #include "catalog/raise_error.hpp"
 #include "support/replace_text.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

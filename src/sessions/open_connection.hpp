@@ -2,7 +2,7 @@
 // Opening a provider connection for a session or its reader, and the
 // wording of a refusal: the provider's error list goes into the failure's
 // Source, its texts into the library's "Failed to connect" message.
-#include "zolsdk/platform/ado/connection.hpp"
+#include "platform/ado/connection.hpp"
 #include "zolsdk/sessions/session.hpp"
 
 namespace zolsdk {

@@ -1,6 +1,7 @@
 #include "sessions/session_base.hpp"
 
 #include "catalog/attributes.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

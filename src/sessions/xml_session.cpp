@@ -5,6 +5,7 @@
 #include "sessions/session_factory.hpp"
 #include "support/copy_to_file.hpp"
 #include "support/replace_text.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

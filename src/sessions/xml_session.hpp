@@ -5,6 +5,7 @@
 // file is rewritten (as it was loaded) at the next close.
 #include "platform/xml/dom.hpp"
 #include "sessions/session_base.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

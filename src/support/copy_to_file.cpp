@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "zolsdk/platform/error.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

@@ -5,6 +5,7 @@
 #include <array>
 #include <memory>
 #include <string>
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

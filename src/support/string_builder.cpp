@@ -6,6 +6,7 @@
 
 #include "zolsdk/catalog/error_numbers.hpp"
 #include "zolsdk/platform/error.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 

@@ -2,7 +2,7 @@
 // One side of a migration: the catalog an attribute string names, its
 // engine, and connections of this road's own on it.
 #include "zolsdk/catalog/catalog.hpp"
-#include "zolsdk/platform/ado/connection.hpp"
+#include "platform/ado/connection.hpp"
 #include "zolsdk/transfer/transfer.hpp"
 
 namespace zolsdk::transfer {

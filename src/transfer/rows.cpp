@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/ado/rowset_feed.hpp"
 #include "transfer/identifiers.hpp"
 #include "transfer/type_map.hpp"
 #include "transfer/values.hpp"
@@ -138,7 +139,7 @@ String SelectSql(Engine e, const TablePlan& t, const KeyRange& range) {
 RowReader::RowReader(ado::Connection& c, Engine e, const TablePlan& t, const KeyRange& range) {
     rs_ = c.OpenRecordset(SelectSql(e, t, range), ado::adAsyncFetch);
     // Forward once: rows left behind are let go as the walk goes on.
-    if (rs_->State() != ado::adStateClosed) rs_->ReleasePassedRows(true);
+    if (rs_->State() != ado::adStateClosed) ado::RowsetFeed::ReleasePassedRows(*rs_, true);
     row_.resize(t.columns.size());
 }
 

@@ -7,7 +7,7 @@
 
 #include "access/access_fixture.hpp"
 #include "mysql/mysql_fixture.hpp"
-#include "zolsdk/platform/ado/connection.hpp"
+#include "platform/ado/connection.hpp"
 #include "zolsdk/platform/datetime.hpp"
 
 namespace zolsdk::accesstest {

@@ -5,7 +5,7 @@
 
 #include "access/access_fixture.hpp"
 #include "sessions/open_connection.hpp"
-#include "zolsdk/platform/ado/connection.hpp"
+#include "platform/ado/connection.hpp"
 #include "zolsdk/platform/datetime.hpp"
 
 namespace zolsdk::accesstest {

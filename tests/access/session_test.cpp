@@ -5,7 +5,7 @@
 #include <regex>
 
 #include "access/access_fixture.hpp"
-#include "zolsdk/platform/ado/connection.hpp"
+#include "platform/ado/connection.hpp"
 
 namespace zolsdk::accesstest {
 namespace {

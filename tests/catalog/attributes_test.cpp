@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <typeinfo>
+#include <utility>
+
 #include "catalog/adaptor_factory.hpp"
+#include "zolsdk/dialects/sql_builder.hpp"
 #include "catalog/attributes.hpp"
 
 using namespace zolsdk;
@@ -36,8 +40,15 @@ TEST(AttributeValue, SessionReaderLooksForKeyAndEqualsFirst) {
 
 TEST(AdaptorFactory, ChoosesTheSessionByLowerCasedType) {
     DbAdaptorFactory f;
-    for (auto attrs : {u"dbtype=MSXML;dbname=a", u"dbtype=mysql", u"dbtype=MsSql", u"dbtype=msaccess"})
-        EXPECT_TRUE(f.GetDbSessionAdaptor(attrs)) << ToUtf8(attrs);
+    // Each engine's session, named in any case, speaks that engine's dialect.
+    const std::pair<const char16_t*, DbTypeId> cases[] = {
+        {u"dbtype=MSXML;dbname=a", DbMsXMLId}, {u"dbtype=mysql", DbMySqlDBId},
+        {u"dbtype=MsSql", DbMsSqlDBId},        {u"dbtype=msaccess", DbMsAccessDBId}};
+    for (auto [attrs, id] : cases) {
+        Ref<IDBSession> s = f.GetDbSessionAdaptor(attrs);
+        ASSERT_TRUE(s) << ToUtf8(attrs);
+        EXPECT_EQ(typeid(*s->DbSqlBuilder().get()), typeid(*NewSqlBuilder(id).get())) << ToUtf8(attrs);
+    }
     EXPECT_FALSE(f.GetDbSessionAdaptor(u"dbname=a"));
     EXPECT_FALSE(f.GetDbSessionAdaptor(u"dbtype=oracle"));
     EXPECT_FALSE(f.GetDbSessionAdaptor(u"dbtype =msxml"));

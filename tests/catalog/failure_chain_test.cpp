@@ -2,6 +2,7 @@
 
 #include "catalog/raise_error.hpp"
 #include "zolsdk/zolsdk.hpp"
+#include "platform/failure_chain.hpp"
 
 using namespace zolsdk;
 

@@ -45,13 +45,13 @@ TEST_F(Statements, CreateTable) {
               R"(<sql type="ddl" sql_type="insert" entity="table"><tables><table table_name="Orders" type="TABLE"/>)"
               R"(</tables><columns>)"
               R"(<column table_name="Orders" column_name="Id" ordinal_position= 1 data_type= 3 data_type_group= 3)"
-              R"( has_default= 0 column_default="" numeric_precision= 10 numeric_scale= 0)"
+              R"( has_default= 0 column_default= "" numeric_precision= 10 numeric_scale= 0)"
               R"( character_maximum_length= 0 is_nullable= 0 />)"
               R"(<column table_name="Orders" column_name="Name" ordinal_position= 2 data_type= 1 data_type_group= 1)"
-              R"( has_default= 0 column_default="" numeric_precision= 0 numeric_scale= 0)"
+              R"( has_default= 0 column_default= "" numeric_precision= 0 numeric_scale= 0)"
               R"( character_maximum_length= 50 is_nullable= 1 />)"
               R"(<column table_name="Orders" column_name="Amount" ordinal_position= 3 data_type= 12)"
-              R"( data_type_group= 12 has_default= 1 column_default="0" numeric_precision= 18 numeric_scale= 4)"
+              R"( data_type_group= 12 has_default= 1 column_default= "0" numeric_precision= 18 numeric_scale= 4)"
               R"( character_maximum_length= 0 is_nullable= 1 />)"
               R"(</columns><indexes>)"
               R"(<index table_name="Orders" index_name="PK_Orders" primary_key= 1 unique=1>)"
@@ -204,7 +204,7 @@ TEST_F(Statements, ColumnChanges) {
     EXPECT_EQ(N(xml.AlterColumnSql(u"Orders", name)),
               R"(<sql type="ddl" sql_type="modify" entity="column">)"
               R"(<column table_name="Orders" column_name="Name" ordinal_position= 2 data_type= 1 data_type_group= 1)"
-              R"( has_default= 0 column_default="" numeric_precision= 0 numeric_scale= 0)"
+              R"( has_default= 0 column_default= "" numeric_precision= 0 numeric_scale= 0)"
               R"( character_maximum_length= 50 is_nullable= 1 /></sql>)");
     EXPECT_EQ(N(xml.AlterColumnSql(u"Orders", u"")), R"(<sql type="ddl" sql_type="modify" entity="column"></sql>)");
 
@@ -218,10 +218,10 @@ TEST_F(Statements, ColumnChanges) {
               R"(<sql type="ddl" sql_type="modify" entity="table"><tables><table table_name="Orders" type="TABLE"/>)"
               R"(</tables><columns>)"
               R"(<column table_name="Orders" column_name="Qty" ordinal_position= 4 data_type= 3 data_type_group= 3)"
-              R"( has_default= 0 column_default="" numeric_precision= 5 numeric_scale= 0)"
+              R"( has_default= 0 column_default= "" numeric_precision= 5 numeric_scale= 0)"
               R"( character_maximum_length= 0 is_nullable= 0 />)"
               R"(<column table_name="Orders" column_name="Note" ordinal_position= 5 data_type= 2 data_type_group= 2)"
-              R"( has_default= 0 column_default="" numeric_precision= 0 numeric_scale= 0)"
+              R"( has_default= 0 column_default= "" numeric_precision= 0 numeric_scale= 0)"
               R"( character_maximum_length= 0 is_nullable= 1 />)"
               R"(</columns><indexes /></sql>)");
 

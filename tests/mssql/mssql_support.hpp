@@ -14,7 +14,8 @@
 #include "catalog/attributes.hpp"
 #include "sessions/mssql_session.hpp"
 #include "zolsdk/catalog/error_numbers.hpp"
-#include "zolsdk/platform/ado/connection.hpp"
+#include "platform/ado/connection.hpp"
+#include "platform/ado/rowset_feed.hpp"
 
 namespace zolsdk::mssqltest {
 
@@ -48,7 +49,7 @@ public:
         for (const auto& [fragment, answer] : rowsets) {
             if (psSQL.find(fragment) == String::npos) continue;
             Ref<ado::Recordset> rs = ado::NewRowset({{answer.first.c_str(), ado::adType::VarWChar, 128}});
-            for (const String& v : answer.second) rs->AppendRow({Variant(v)});
+            for (const String& v : answer.second) ado::RowsetFeed::AppendRow(*rs, {Variant(v)});
             if (rs->RecordCount() > 0) rs->MoveFirst();
             return rs;
         }

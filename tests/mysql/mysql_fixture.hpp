@@ -14,7 +14,7 @@
 
 #include "catalog/attributes.hpp"
 #include "sessions/mysql_session.hpp"
-#include "zolsdk/platform/ado/connection.hpp"
+#include "platform/ado/connection.hpp"
 #include "zolsdk/platform/error.hpp"
 
 namespace zolsdk::mysqltest {

@@ -2,6 +2,7 @@
 
 #include "platform/failure_helpers.hpp"
 #include "zolsdk/platform/ado/recordset.hpp"
+#include "platform/ado/rowset_feed.hpp"
 
 using namespace zolsdk;
 using namespace zolsdk::ado;
@@ -279,10 +280,10 @@ TEST(Recordset, AddNewUpdateAndCancel) {
 TEST(Recordset, RowFeedFillsOnDemand) {
     auto rs = NewRowset({{u"n", adType::Integer, 0}});
     int32_t next = 0;
-    rs->SetRowFeed(
+    RowsetFeed::SetRowFeed(*rs,
         [&](size_t) {
             if (next == 5) return false;
-            rs->AppendRow({Variant(next++)});
+            RowsetFeed::AppendRow(*rs, {Variant(next++)});
             return true;
         },
         adStateFetching);

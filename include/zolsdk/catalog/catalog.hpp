@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/platform/object.hpp"
 #include "zolsdk/platform/text.hpp"
 #include "zolsdk/platform/variant.hpp"
@@ -22,7 +23,7 @@ class DbDataRow;
 class DbQuery;
 class DbColumnMap;
 
-class DbCatalog : public Object {
+class ZOLSDK_API DbCatalog : public Object {
 public:
     // Makes the session for the attribute's dbtype and hands it the
     // attributes; opens nothing. An unknown dbtype leaves no session, and

@@ -4,13 +4,16 @@
 // unknown name fails with 429 ("ActiveX component can't create object").
 #include <vector>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/platform/object.hpp"
 #include "zolsdk/platform/text.hpp"
 
 namespace zolsdk {
 
-Ref<Object> CreateObject(StringView className);
+ZOLSDK_API Ref<Object> CreateObject(StringView className);
 // The names CreateObject knows, in a stable order.
-std::vector<String> CreatableClassNames();
+ZOLSDK_API std::vector<String> CreatableClassNames();
+// The dbtype values an attribute string may name, in a stable order.
+ZOLSDK_API std::vector<String> EngineTypeNames();
 
 } // namespace zolsdk

@@ -2,12 +2,13 @@
 // The value of a large cell: text or bytes, by its last assignment.
 #include <cstdint>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/platform/object.hpp"
 #include "zolsdk/platform/variant.hpp"
 
 namespace zolsdk {
 
-class DbBlob : public Object {
+class ZOLSDK_API DbBlob : public Object {
 public:
     bool IsBinary() const { return kind_ == 2; }
     int32_t size() const { return size_; }

@@ -1,13 +1,14 @@
 #pragma once
 // The column set of a data set: which columns, of what type group, in what
 // order, including computed COUNT(...) and MAX(...) items.
+#include "zolsdk/export.hpp"
 #include "zolsdk/schema/collection_frame.hpp"
 
 namespace zolsdk {
 
 class DbColumns;
 
-class DbDataColumn : public Object {
+class ZOLSDK_API DbDataColumn : public Object {
 public:
     const String& ColumnName() const { return m_sColumnName; }
     int32_t DataTypeGroup() const { return m_lDataTypeGroup; }
@@ -20,7 +21,7 @@ private:
     int32_t m_lDataTypeGroup = 0, m_lListOrder = 0;
 };
 
-class DbDataColumns : public SchemaCollection<DbDataColumn> {
+class ZOLSDK_API DbDataColumns : public SchemaCollection<DbDataColumn> {
 public:
     DbDataColumns();
     // psColumnSet: names separated by ","; empty for every column of the
@@ -38,6 +39,6 @@ private:
 
 // Column list text (name,group,position,type,expression;...) to the row
 // column set of DbDataRow.Init ("03id,10photo").
-String ToRowColumnSet(const String& psColumnList);
+ZOLSDK_API String ToRowColumnSet(const String& psColumnList);
 
 } // namespace zolsdk

@@ -4,13 +4,14 @@
 #include <cstdint>
 #include <vector>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/data/blob.hpp"
 #include "zolsdk/platform/collection.hpp"
 #include "zolsdk/platform/variant.hpp"
 
 namespace zolsdk {
 
-class DbDataRow : public Object {
+class ZOLSDK_API DbDataRow : public Object {
 public:
     DbDataRow();
     ~DbDataRow() override;

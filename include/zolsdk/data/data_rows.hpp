@@ -5,6 +5,7 @@
 // the key; 3 the select fetched in the background while rows are read.
 #include <cstdint>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/data/data_columns.hpp"
 #include "zolsdk/data/data_row.hpp"
 #include "zolsdk/platform/ado/recordset.hpp"
@@ -15,7 +16,7 @@ namespace zolsdk {
 class DbCatalog;
 class IDBSession;
 
-class DbDataRows : public IVBEnumerable {
+class ZOLSDK_API DbDataRows : public IVBEnumerable {
 public:
     DbDataRows();
     ~DbDataRows() override;
@@ -60,7 +61,7 @@ private:
     void DropRecordset();
 };
 
-class DbDataSet : public Object {
+class ZOLSDK_API DbDataSet : public Object {
 public:
     // plFillMode -1 chooses: 1 when a column holds large values, else 0.
     void Init(const Ref<DbCatalog>& poDB, const String& psTableName, const String& psColumnSet,

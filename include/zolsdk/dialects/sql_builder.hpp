@@ -3,12 +3,13 @@
 // A dialect never sees a connection.
 #include <cstdint>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/platform/object.hpp"
 #include "zolsdk/platform/text.hpp"
 
 namespace zolsdk {
 
-class IDbSqlBuilder : public Object {
+class ZOLSDK_API IDbSqlBuilder : public Object {
 public:
     virtual String CommandDelimiter() = 0;
     virtual String InlineCommentDelimiter() = 0;
@@ -44,6 +45,6 @@ public:
 };
 
 // A new builder of the engine with this dbtypeid (nothing for an unknown one).
-Ref<IDbSqlBuilder> NewSqlBuilder(int32_t dbTypeId);
+ZOLSDK_API Ref<IDbSqlBuilder> NewSqlBuilder(int32_t dbTypeId);
 
 } // namespace zolsdk

@@ -12,6 +12,7 @@
 //   map->AddExpressionMap(targetTotal, totalExpression);
 #include <cstdint>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/mapping/map_enum.hpp"
 #include "zolsdk/mapping/map_expression.hpp"
 #include "zolsdk/platform/collection.hpp"
@@ -20,7 +21,7 @@
 
 namespace zolsdk {
 
-class DbMap : public Object {
+class ZOLSDK_API DbMap : public Object {
 public:
     MapTypeEnum MapType() const { return m_eMapType; }
     void MapType(MapTypeEnum newVal);
@@ -47,7 +48,7 @@ private:
     DataTypeGroupEnum m_eDataTypeGroup = dtUnknown;
 };
 
-class DbColumnMap : public Object {
+class ZOLSDK_API DbColumnMap : public Object {
 public:
     // Adds a map the caller built, under its MapFrom's name; Position is the
     // caller's business.

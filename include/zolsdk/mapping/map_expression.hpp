@@ -10,6 +10,7 @@
 //   Variant v = e->GetValue(row, dtInteger);
 #include <cstdint>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/data/data_row.hpp"
 #include "zolsdk/mapping/map_enum.hpp"
 #include "zolsdk/platform/collection.hpp"
@@ -20,7 +21,7 @@ namespace zolsdk {
 class DbMapExpression;
 
 // A constant, or (mtColumnValue) a DbColumn whose cell is read from the row.
-class DbMapVariable : public Object {
+class ZOLSDK_API DbMapVariable : public Object {
 public:
     MapVariableTypeEnum VariableType() const { return m_eVariableType; }
     void VariableType(MapVariableTypeEnum newVal) { m_eVariableType = newVal; }
@@ -35,7 +36,7 @@ private:
 
 // The variables of an expression, without keys. Item takes a number as a
 // 0-based position.
-class DbMapVariables : public Object {
+class ZOLSDK_API DbMapVariables : public Object {
 public:
     void Add(const Ref<DbMapVariable>& poVariable);
     bool Exist(const Variant& vntIndexKey);
@@ -53,7 +54,7 @@ private:
 
 // The child expressions of an expression, without keys. Item takes a number
 // as a 1-based position.
-class DbMapExpressions : public Object {
+class ZOLSDK_API DbMapExpressions : public Object {
 public:
     void Add(const Ref<DbMapExpression>& poMapExpression);
     bool Exist(const Variant& vntIndexKey);
@@ -69,7 +70,7 @@ private:
     Collection m_oCol;
 };
 
-class DbMapExpression : public Object {
+class ZOLSDK_API DbMapExpression : public Object {
 public:
     DbMapExpression();
 

@@ -6,12 +6,13 @@
 #include <optional>
 #include <vector>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/platform/object.hpp"
 #include "zolsdk/platform/variant.hpp"
 
 namespace zolsdk {
 
-class Collection : public Object {
+class ZOLSDK_API Collection : public Object {
 public:
     // Appends, or inserts before/after the item named by a position or key.
     void Add(const Variant& item, const String& key = {}, const Variant& before = {}, const Variant& after = {});

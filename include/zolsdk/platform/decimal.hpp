@@ -5,11 +5,12 @@
 // Overflow (6) only when the integer part itself does not fit.
 #include <cstdint>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/platform/text.hpp"
 
 namespace zolsdk {
 
-class Decimal {
+class ZOLSDK_API Decimal {
 public:
     using u128 = unsigned __int128;
     static constexpr int MaxScale = 28;

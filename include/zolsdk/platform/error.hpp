@@ -1,20 +1,16 @@
 #pragma once
-// The failure record and the trap-and-re-raise chain.
-//
-// Every failure the library lets out is a DbError. A routine that traps
-// declares its trace literal once with ZOL_ROUTINE, marks the statements it
-// wants numbered with ZOL_LN, and ends its try block with ZOL_RERAISE. The
-// line number in the chain is the source line of the last ZOL_LN passed (or
-// of ZOL_ROUTINE when none was): a stable decimal number per statement.
+// The failure record. Every failure the library lets out is a DbError; its
+// Source carries the chain of routines the failure passed, one line each.
 #include <cstdint>
 #include <exception>
 #include <string>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/platform/text.hpp"
 
 namespace zolsdk {
 
-class DbError : public std::exception {
+class ZOLSDK_API DbError : public std::exception {
 public:
     DbError(int32_t number, String source, String description);
 
@@ -66,28 +62,8 @@ constexpr int32_t AdoMultipleStep = static_cast<int32_t>(0x80040E21);
 constexpr int32_t AdoFilterInvalid = 3001;
 } // namespace err
 
-// The platform's own text for one of its failure numbers ("" if unknown).
-String PlatformErrorText(int32_t number);
-
 // Raise a platform failure: Source is the platform's ("zolsdk" run time),
 // Description its standard text unless one is given.
-[[noreturn]] void RaisePlatform(int32_t number, StringView detail = {});
-[[noreturn]] void RaisePlatformFrom(int32_t number, StringView source, StringView description);
-
-// Turns whatever is being handled (DbError, std::bad_alloc, any other
-// exception) into a DbError: the single conversion point of foreign failures.
-DbError CurrentFailure();
-
-// The per-routine mark of the chain.
-struct RoutineMark {
-    StringView literal;
-    int line;
-    // Re-raise the exception being handled with this routine's trace line.
-    [[noreturn]] void Reraise() const;
-};
+[[noreturn]] ZOLSDK_API void RaisePlatform(int32_t number, StringView detail = {});
 
 } // namespace zolsdk
-
-#define ZOL_ROUTINE(lit) ::zolsdk::RoutineMark zol_mark_{lit, __LINE__}
-#define ZOL_LN (zol_mark_.line = __LINE__)
-#define ZOL_RERAISE catch (...) { zol_mark_.Reraise(); }

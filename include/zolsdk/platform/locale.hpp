@@ -4,11 +4,12 @@
 // locale; tests (and embedding programs) may set them.
 #include <optional>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/platform/text.hpp"
 
 namespace zolsdk {
 
-struct UserLocale {
+struct ZOLSDK_API UserLocale {
     String decimalSeparator = u".";
     String thousandSeparator = u",";
     int firstDayOfWeek = 1; // 1 Sunday ... 7 Saturday
@@ -20,7 +21,7 @@ struct UserLocale {
     static void Reset(); // back to the process locale
 };
 
-struct Clock {
+struct ZOLSDK_API Clock {
     // Local date and time as a date value, or the fixed value from Set.
     static double Now();
     static void Set(std::optional<double> fixedNow);

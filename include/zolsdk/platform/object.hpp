@@ -7,18 +7,19 @@
 #include <type_traits>
 #include <utility>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/platform/error.hpp"
 
 namespace zolsdk {
 
 // Root of every object a Variant can hold.
-class Object : public std::enable_shared_from_this<Object> {
+class ZOLSDK_API Object : public std::enable_shared_from_this<Object> {
 public:
     virtual ~Object() = default;
 };
 
 template <class T>
-class Ref {
+class ZOLSDK_API Ref {
 public:
     Ref() = default;
     Ref(std::nullptr_t) {}

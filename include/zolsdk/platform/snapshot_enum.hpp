@@ -8,12 +8,13 @@
 #include <memory>
 #include <vector>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/platform/collection.hpp"
 
 namespace zolsdk {
 
 template <class T>
-class SnapshotEnum : public Object {
+class ZOLSDK_API SnapshotEnum : public Object {
     using Items = std::vector<Ref<T>>;
 
 public:

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include "zolsdk/export.hpp"
 
 namespace zolsdk {
 
@@ -13,27 +14,27 @@ using StringView = std::u16string_view;
 
 // UTF-8 <-> UTF-16. Malformed input is replaced by U+FFFD rather than failing:
 // these sit at edges where the text comes from outside.
-String FromUtf8(std::string_view s);
-std::string ToUtf8(StringView s);
+ZOLSDK_API String FromUtf8(std::string_view s);
+ZOLSDK_API std::string ToUtf8(StringView s);
 
 // Plain-ASCII literal helper for places that build text from narrow constants.
-String Ascii(std::string_view s);
+ZOLSDK_API String Ascii(std::string_view s);
 
 // Case folding as the system does it for keys and comparisons: the ASCII
 // letters and the Latin-1 letters; other characters stay as they are.
-char16_t LowerChar(char16_t c);
-char16_t UpperChar(char16_t c);
-String LCase(StringView s);
-String UCase(StringView s);
-bool EqualsNoCase(StringView a, StringView b);
+ZOLSDK_API char16_t LowerChar(char16_t c);
+ZOLSDK_API char16_t UpperChar(char16_t c);
+ZOLSDK_API String LCase(StringView s);
+ZOLSDK_API String UCase(StringView s);
+ZOLSDK_API bool EqualsNoCase(StringView a, StringView b);
 
 // 1-based search as the platform has it: the position of the first hit at or
 // after `start`, or 0. An empty `find` gives `start` when start <= len + 1.
-int32_t InStr(int32_t start, StringView text, StringView find, bool ignoreCase = false);
+ZOLSDK_API int32_t InStr(int32_t start, StringView text, StringView find, bool ignoreCase = false);
 
-String Trim(StringView s);
+ZOLSDK_API String Trim(StringView s);
 
 // Decimal text of an integer (no separators, "-" for negatives).
-String IntText(int64_t v);
+ZOLSDK_API String IntText(int64_t v);
 
 } // namespace zolsdk

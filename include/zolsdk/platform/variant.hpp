@@ -12,6 +12,7 @@
 #include <variant>
 #include <vector>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/platform/decimal.hpp"
 #include "zolsdk/platform/object.hpp"
 #include "zolsdk/platform/text.hpp"
@@ -26,7 +27,7 @@ enum class VarType : int32_t {
 };
 
 // 64-bit integer scaled by 10000.
-struct Currency {
+struct ZOLSDK_API Currency {
     int64_t raw = 0;
     static Currency FromRaw(int64_t r) { Currency c; c.raw = r; return c; }
     friend bool operator==(Currency a, Currency b) { return a.raw == b.raw; }
@@ -34,7 +35,7 @@ struct Currency {
 
 using Bytes = std::vector<uint8_t>;
 
-class Variant {
+class ZOLSDK_API Variant {
 public:
     Variant() = default;                         // Empty
     Variant(int16_t v) : v_(v) {}                // Integer
@@ -107,12 +108,12 @@ private:
 };
 
 // Text of numbers as the platform writes them (user separator applied).
-String DoubleText(double v, char16_t sep);    // 15 significant digits
-String SingleText(float v, char16_t sep);     // 7 significant digits
-String CurrencyText(Currency c, char16_t sep);
+ZOLSDK_API String DoubleText(double v, char16_t sep);    // 15 significant digits
+ZOLSDK_API String SingleText(float v, char16_t sep);     // 7 significant digits
+ZOLSDK_API String CurrencyText(Currency c, char16_t sep);
 // Text to number by the platform's rules with the user's separators; false
 // when the text is no number.
-bool TryParseNumber(StringView text, double& out);
-bool TryParseDecimalText(StringView text, Decimal& out);
+ZOLSDK_API bool TryParseNumber(StringView text, double& out);
+ZOLSDK_API bool TryParseDecimalText(StringView text, Decimal& out);
 
 } // namespace zolsdk

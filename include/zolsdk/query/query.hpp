@@ -16,6 +16,7 @@
 #include <memory>
 #include <vector>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/platform/collection.hpp"
 #include "zolsdk/platform/snapshot_enum.hpp"
 #include "zolsdk/platform/object.hpp"
@@ -40,7 +41,7 @@ using DbItemEnum = SnapshotEnum<T>;
 // turns "no such item" (5 or 9) into false. Range-for walks a snapshot in
 // insertion order, both on the collection and on a Ref to it.
 template <class T>
-class DbObjectList : public Object {
+class ZOLSDK_API DbObjectList : public Object {
 public:
     Ref<T> Item(const Variant& vntIndexKey) const;
     bool Exist(const Variant& vntIndexKey) const;
@@ -63,13 +64,13 @@ private:
     String itemLiteral_;
 };
 
-class DbConditions : public DbObjectList<DbCondition> {
+class ZOLSDK_API DbConditions : public DbObjectList<DbCondition> {
 public:
     DbConditions();
     void Add(const Ref<DbCondition>& poCondition);
 };
 
-class DbConditionExpressions : public DbObjectList<DbConditionExpression> {
+class ZOLSDK_API DbConditionExpressions : public DbObjectList<DbConditionExpression> {
 public:
     DbConditionExpressions();
     void Add(const Ref<DbConditionExpression>& poConditionExp);
@@ -77,14 +78,14 @@ public:
     void Remove(const Variant& vntIndexKey);
 };
 
-class DbJoinExpressions : public DbObjectList<DbJoinExpression> {
+class ZOLSDK_API DbJoinExpressions : public DbObjectList<DbJoinExpression> {
 public:
     DbJoinExpressions();
     void Add(const Ref<DbJoinExpression>& poJoinExp);
     void Remove(const Variant& vntIndexKey);
 };
 
-class DbSortExpressionList : public DbObjectList<DbSortExpression> {
+class ZOLSDK_API DbSortExpressionList : public DbObjectList<DbSortExpression> {
 public:
     DbSortExpressionList();
     void Add(const Ref<DbSortExpression>& poOrderExp);
@@ -93,7 +94,7 @@ public:
 // The only keyed collection: a condition of value type dcvtUserDefined
 // names its parameter by this key. A second parameter under the same key
 // fails with the collection's own 457.
-class DbParameters : public DbObjectList<DbParameter> {
+class ZOLSDK_API DbParameters : public DbObjectList<DbParameter> {
 public:
     DbParameters();
     void Add(const Ref<DbParameter>& poParameter, const String& psKey);
@@ -103,7 +104,7 @@ public:
 // One comparison of the criteria tree. With dcvtConstant, Value is the
 // value compared with; with dcvtUserDefined, it is the key of a parameter
 // of the query.
-class DbCondition : public ILeaf {
+class ZOLSDK_API DbCondition : public ILeaf {
 public:
     DbConditionOperatorEnum Operator() const { return operator_; }
     void Operator(DbConditionOperatorEnum v) { operator_ = v; }
@@ -129,7 +130,7 @@ private:
 
 // An inner node: its nested expressions and its conditions, joined by one
 // logical operator.
-class DbConditionExpression : public IComposite {
+class ZOLSDK_API DbConditionExpression : public IComposite {
 public:
     DbConditionExpression();
 
@@ -152,7 +153,7 @@ private:
 
 // A join between two entities. Nothing creates its Criteria or Joins: both
 // start as nothing, and Joins cannot be set.
-class DbJoinExpression : public Object {
+class ZOLSDK_API DbJoinExpression : public Object {
 public:
     const Ref<DbConditionExpression>& Criteria() const { return criteria_; }
     void Criteria(const Ref<DbConditionExpression>& v) { criteria_ = v; }
@@ -175,7 +176,7 @@ private:
     String relatedEntityName_;
 };
 
-class DbSortExpression : public Object {
+class ZOLSDK_API DbSortExpression : public Object {
 public:
     const String& AttributeName() const { return attributeName_; }
     void AttributeName(const String& v) { attributeName_ = v; }
@@ -190,7 +191,7 @@ private:
 // A value supplied at run time for a user-defined condition. IsValueSet
 // tells whether Value was ever written; IsNullValue makes the condition
 // compare with NULL whatever Value says.
-class DbParameter : public Object {
+class ZOLSDK_API DbParameter : public Object {
 public:
     const String& Name() const { return name_; }
     void Name(const String& v) { name_ = v; }
@@ -223,7 +224,7 @@ private:
 
 // What to export: a table, a column set and the criteria. Criteria starts
 // as nothing: a query without criteria selects every row.
-class DbQuery : public Object {
+class ZOLSDK_API DbQuery : public Object {
 public:
     DbQuery();
 

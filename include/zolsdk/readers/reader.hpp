@@ -1,6 +1,7 @@
 #pragma once
 // The contract of a schema reader: an engine's catalog as the canonical
 // rowsets (tables, columns, indexes, index columns, keys).
+#include "zolsdk/export.hpp"
 #include "zolsdk/platform/ado/recordset.hpp"
 #include "zolsdk/platform/object.hpp"
 #include "zolsdk/platform/variant.hpp"
@@ -9,7 +10,7 @@ namespace zolsdk {
 
 class IDBSession;
 
-class IDBReader : public Object {
+class ZOLSDK_API IDBReader : public Object {
 public:
     virtual Ref<ado::Recordset> Tables() = 0;
     virtual Ref<ado::Recordset> TableColumns(const String& psTableName) = 0;

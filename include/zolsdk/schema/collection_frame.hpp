@@ -4,13 +4,14 @@
 // made from the current row when requested; enumeration reuses one item.
 #include <cstdint>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/platform/ado/recordset.hpp"
 #include "zolsdk/schema/enumerable.hpp"
 
 namespace zolsdk {
 
 template <class T>
-class SchemaCollection : public IVBEnumerable {
+class ZOLSDK_API SchemaCollection : public IVBEnumerable {
 public:
     ~SchemaCollection() override;
 

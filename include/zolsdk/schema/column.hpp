@@ -1,4 +1,5 @@
 #pragma once
+#include "zolsdk/export.hpp"
 #include "zolsdk/schema/collection_frame.hpp"
 
 namespace zolsdk {
@@ -7,7 +8,7 @@ class DbCatalog;
 class IDBReader;
 
 // The portable description of one column.
-class DbColumn : public Object {
+class ZOLSDK_API DbColumn : public Object {
 public:
     const String& TableName() const { return m_sTableName; }
     const String& ColumnName() const { return m_sColumnName; }
@@ -36,7 +37,7 @@ private:
     bool m_bIsNullable = false;
 };
 
-class DbColumns : public SchemaCollection<DbColumn> {
+class ZOLSDK_API DbColumns : public SchemaCollection<DbColumn> {
 public:
     DbColumns();
     void Init(const Ref<DbCatalog>& poDB, const String& psTableName);

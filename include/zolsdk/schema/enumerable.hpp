@@ -6,12 +6,13 @@
 #include <cstdint>
 #include <iterator>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/platform/object.hpp"
 #include "zolsdk/platform/variant.hpp"
 
 namespace zolsdk {
 
-class IVBEnumerable : public Object {
+class ZOLSDK_API IVBEnumerable : public Object {
 public:
     // 0 with `value` holding an item, -1 at the end (then `value` is no item).
     virtual int32_t GetNext(Variant& value) = 0;
@@ -21,7 +22,7 @@ public:
 
 // The enumeration object of NewEnum: walks from the first row to the last.
 template <class Item>
-class DbEnumerator : public Object {
+class ZOLSDK_API DbEnumerator : public Object {
 public:
     DbEnumerator(Ref<IVBEnumerable> source, int32_t firstStatus) : source_(std::move(source)), status_(firstStatus) {}
 

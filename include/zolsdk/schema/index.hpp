@@ -1,4 +1,5 @@
 #pragma once
+#include "zolsdk/export.hpp"
 #include "zolsdk/schema/collection_frame.hpp"
 
 namespace zolsdk {
@@ -7,7 +8,7 @@ class DbCatalog;
 class IDBReader;
 class DbIdxColumns;
 
-class DbIndex : public Object {
+class ZOLSDK_API DbIndex : public Object {
 public:
     const String& IndexName() const { return m_sIndexName; }
     const String& TableName() const { return m_sTableName; }
@@ -25,7 +26,7 @@ private:
     bool m_bPrimaryKey = false, m_bUnique = false;
 };
 
-class DbIdxColumn : public Object {
+class ZOLSDK_API DbIdxColumn : public Object {
 public:
     const String& TableName() const { return m_sTableName; }
     const String& IndexName() const { return m_sIndexName; }
@@ -41,7 +42,7 @@ private:
     int32_t m_lPosition = 0, m_eSortOrder = 0;
 };
 
-class DbIndexes : public SchemaCollection<DbIndex> {
+class ZOLSDK_API DbIndexes : public SchemaCollection<DbIndex> {
 public:
     DbIndexes();
     void Init(const Ref<DbCatalog>& poDB, const String& psTableName);
@@ -53,7 +54,7 @@ private:
     Ref<DbCatalog> m_oDB;
 };
 
-class DbIdxColumns : public SchemaCollection<DbIdxColumn> {
+class ZOLSDK_API DbIdxColumns : public SchemaCollection<DbIdxColumn> {
 public:
     DbIdxColumns();
     void Init(const Ref<DbCatalog>& poDB, const String& psTableName, const String& psIndexName);
@@ -66,7 +67,7 @@ private:
 };
 
 // Public classes without operations, kept in the interface.
-class DbKey : public Object {};
-class DbKeys : public Object {};
+class ZOLSDK_API DbKey : public Object {};
+class ZOLSDK_API DbKeys : public Object {};
 
 } // namespace zolsdk

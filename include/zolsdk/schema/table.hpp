@@ -1,4 +1,5 @@
 #pragma once
+#include "zolsdk/export.hpp"
 #include "zolsdk/schema/collection_frame.hpp"
 
 namespace zolsdk {
@@ -7,7 +8,7 @@ class DbCatalog;
 class DbColumns;
 class DbIndexes;
 
-class DbTable : public Object {
+class ZOLSDK_API DbTable : public Object {
 public:
     const String& TableName() const { return m_sTableName; }
     void Init(const Ref<DbCatalog>& poDB, const String& psTableName);
@@ -22,7 +23,7 @@ private:
     String m_sTableName;
 };
 
-class DbTables : public SchemaCollection<DbTable> {
+class ZOLSDK_API DbTables : public SchemaCollection<DbTable> {
 public:
     DbTables();
     void Init(const Ref<DbCatalog>& poDB);

@@ -3,6 +3,7 @@
 // schema readers, dialects and data sets reach their engine through it.
 #include <cstdint>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/platform/ado/recordset.hpp"
 #include "zolsdk/platform/collection.hpp"
 #include "zolsdk/platform/object.hpp"
@@ -16,7 +17,7 @@ class IDbSqlBuilder;
 // The engine numbers (dbtypeid).
 enum DbTypeId : int32_t { DbMsAccessDBId = 0, DbMsSqlDBId = 1, DbMySqlDBId = 2, DbMsXMLId = 3 };
 
-class IDBSession : public Object {
+class ZOLSDK_API IDBSession : public Object {
 public:
     virtual Ref<ado::Recordset> Execute(const String& psSQL) = 0;
     // poParameters: a Collection of ado::Parameter objects, or nothing.

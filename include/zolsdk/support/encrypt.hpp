@@ -10,12 +10,13 @@
 // alike); the IV is the MD5 digest of the whole initialisation text as
 // UTF-8. Plain text goes in as UTF-8, and the cipher bytes come out as
 // Base64 text (standard alphabet, padded, one line).
+#include "zolsdk/export.hpp"
 #include "zolsdk/platform/object.hpp"
 #include "zolsdk/platform/text.hpp"
 
 namespace zolsdk {
 
-class dbEncrypt : public Object {
+class ZOLSDK_API dbEncrypt : public Object {
 public:
     String EncryptEx(const String& psText, const String& psInitVector, const String& psKeyPhase);
     String Encrypt(const String& psText);

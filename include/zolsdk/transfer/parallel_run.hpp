@@ -19,6 +19,7 @@
 // table verified and every foreign key added removes its record.
 #include <functional>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/transfer/transfer.hpp"
 
 namespace zolsdk::transfer {
@@ -38,11 +39,11 @@ struct ParallelOptions {
 
 // The state file kept beside the target when none is named: beside the file
 // of a file engine, else in the working folder, named after the database.
-String DefaultStateFile(const String& toAttributes);
+ZOLSDK_API String DefaultStateFile(const String& toAttributes);
 
 // Like Run, with `parallel.jobs` workers. options.progress hears each
 // table's total rows so far, whatever ranges it is copied in. A state file
 // that records a run between other catalogs is refused (DbError).
-Report RunParallel(const Plan& plan, const Options& options, const ParallelOptions& parallel);
+ZOLSDK_API Report RunParallel(const Plan& plan, const Options& options, const ParallelOptions& parallel);
 
 } // namespace zolsdk::transfer

@@ -10,7 +10,7 @@
 #include <mutex>
 #include <vector>
 
-#include "zolsdk/platform/ado/connection.hpp"
+#include "platform/ado/connection.hpp"
 
 namespace zolsdk::ado::detail {
 

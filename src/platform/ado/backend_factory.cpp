@@ -2,6 +2,7 @@
 // head starts the text (and, for ODBC texts, whose driver name starts the
 // Driver value) wins.
 #include "platform/ado/backend.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk::ado::detail {
 

@@ -1,10 +1,12 @@
-#include "zolsdk/platform/ado/connection.hpp"
+#include "platform/ado/connection.hpp"
 
 #include <condition_variable>
 #include <deque>
 #include <thread>
 
 #include "platform/ado/backend.hpp"
+#include "platform/failure_chain.hpp"
+#include "platform/ado/rowset_feed.hpp"
 
 namespace zolsdk::ado {
 
@@ -41,7 +43,7 @@ Ref<Recordset> DrainToRowset(Cursor& cursor) {
     Ref<Recordset> rs = RowsetFor(cursor.Columns());
     rs->Open();
     std::vector<Variant> row;
-    while (cursor.Fetch(row)) rs->AppendRow(std::move(row));
+    while (cursor.Fetch(row)) RowsetFeed::AppendRow(*rs, std::move(row));
     return rs;
 }
 
@@ -85,7 +87,7 @@ public:
             }
         }
         cv_.notify_all();
-        for (auto& row : batch) rs.AppendRow(std::move(row));
+        for (auto& row : batch) RowsetFeed::AppendRow(rs, std::move(row));
         if (!finished) return true;
         std::lock_guard<std::mutex> g(m_);
         // A failure after the last good row is reported at the next read.
@@ -287,12 +289,12 @@ Ref<Recordset> Connection::OpenRecordset(const String& source, int32_t options) 
     Recordset* target = rs.get();
     std::weak_ptr<Object> conn = weak_from_this();
     Ref<ado::Errors> errors = errors_;
-    rs->SetRowFeed(
+    RowsetFeed::SetRowFeed(*rs,
         [job, target, conn, errors](size_t) -> bool {
             try {
                 return job->Feed(*target);
             } catch (const ProviderFailure& pf) {
-                target->FeedComplete();
+                RowsetFeed::FeedComplete(*target);
                 RaiseProvider(pf, conn.expired() ? nullptr : errors.get());
             }
         },

@@ -14,6 +14,7 @@
 #include <string>
 
 #include "support/copy_to_file.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk::xml {
 

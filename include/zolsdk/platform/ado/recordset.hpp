@@ -1,12 +1,13 @@
 #pragma once
 // The in-memory rowset: a table of Variants with one cursor, a filter view,
 // a sort order and bookmarks that survive filter changes. Providers fill it
-// through AddNew/Update (or AppendRow) and hand it out disconnected.
+// through AddNew/Update and hand it out disconnected.
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <vector>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/platform/ado/types.hpp"
 #include "zolsdk/platform/object.hpp"
 #include "zolsdk/platform/variant.hpp"
@@ -15,7 +16,7 @@ namespace zolsdk::ado {
 
 class Recordset;
 
-class Field {
+class ZOLSDK_API Field {
 public:
     const String& Name() const { return name_; }
     int32_t Type() const { return type_; }
@@ -39,7 +40,7 @@ private:
     uint8_t precision_ = 0, scale_ = 0;
 };
 
-class Fields {
+class ZOLSDK_API Fields {
 public:
     // Defines a field; only while the rowset is closed (3705 otherwise).
     void Append(StringView name, int32_t type, int32_t definedSize = 0, int32_t attributes = -1);
@@ -61,7 +62,7 @@ private:
     std::vector<std::unique_ptr<Field>> fields_;
 };
 
-class Recordset : public Object {
+class ZOLSDK_API Recordset : public Object {
 public:
     Recordset();
     Recordset(const Recordset&) = delete;
@@ -89,8 +90,6 @@ public:
     // current before AddNew.
     void Cancel();
     void CancelUpdate() { Cancel(); }
-    // Fast path for providers: a whole row, in field order, made final.
-    void AppendRow(std::vector<Variant> cells);
 
     // EOF and BOF of the platform (EOF is a C macro, hence the spelling).
     bool Eof() const;
@@ -124,22 +123,19 @@ public:
     String GetString(int32_t format = adClipString, int32_t numRows = -1, StringView columnDelimiter = u"\t",
                      StringView rowDelimiter = u"\r", StringView nullExpr = u"");
 
-    // Providers that fetch in the background implement this: it is asked to
-    // make at least `rows` rows available (blocking until they are, or the
-    // result is complete) and reports whether more may still come.
-    using RowFeed = std::function<bool(size_t rows)>;
-    void SetRowFeed(RowFeed feed, int32_t extraState);
-    // For a reader that walks once from the first row to the last while the
-    // rows stream in: rows the cursor has left behind are dropped, so memory
-    // holds what lies ahead, not the whole result. Going back to a dropped
-    // row (MoveFirst, Move from the first, an old bookmark) then fails with
-    // 3021. Has no effect under a filter or a sort.
-    void ReleasePassedRows(bool on) { releasePassed_ = on; }
-    void FeedComplete();
-
 private:
     friend class Field;
     friend class ado::Fields;
+    // The providers' side of the rowset (filling it, streaming into it) is
+    // reached through RowsetFeed inside the library only.
+    friend class RowsetFeed;
+
+    using RowFeed = std::function<bool(size_t rows)>;
+    ZOLSDK_LOCAL void AppendRow(std::vector<Variant> cells);
+    ZOLSDK_LOCAL void SetRowFeed(RowFeed feed, int32_t extraState);
+    void ReleasePassedRows(bool on) { releasePassed_ = on; }
+    ZOLSDK_LOCAL void FeedComplete();
+
     struct Row {
         std::vector<Variant> cells;
     };
@@ -161,19 +157,19 @@ private:
     struct Term;
     struct Criteria;
 
-    void RequireOpen() const;
-    void RequireCurrent() const;
-    void Rebuild(long keepRow);
-    void Pull(size_t rows) const;
-    void DropPassedRows();
-    void RequireNothingDropped() const;
-    void PullAll() const;
+    ZOLSDK_LOCAL void RequireOpen() const;
+    ZOLSDK_LOCAL void RequireCurrent() const;
+    ZOLSDK_LOCAL void Rebuild(long keepRow);
+    ZOLSDK_LOCAL void Pull(size_t rows) const;
+    ZOLSDK_LOCAL void DropPassedRows();
+    ZOLSDK_LOCAL void RequireNothingDropped() const;
+    ZOLSDK_LOCAL void PullAll() const;
     size_t ViewSize() const { return view_.size(); }
-    bool Matches(const Criteria& c, const Row& r) const;
-    Criteria Parse(StringView text) const;
+    ZOLSDK_LOCAL bool Matches(const Criteria& c, const Row& r) const;
+    ZOLSDK_LOCAL Criteria Parse(StringView text) const;
 };
 
 // A new, open, disconnected rowset with the given fields (name, type, size).
-Ref<Recordset> NewRowset(std::initializer_list<std::tuple<const char16_t*, int32_t, int32_t>> fields);
+ZOLSDK_API Ref<Recordset> NewRowset(std::initializer_list<std::tuple<const char16_t*, int32_t, int32_t>> fields);
 
 } // namespace zolsdk::ado

@@ -15,6 +15,7 @@
 #include "platform/ado/jet/jet_wire.hpp"
 #include "platform/ado/jet/jvm.hpp"
 #include "support/split.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk::ado {
 

@@ -4,6 +4,7 @@
 #include "platform/ado/jet/jet_types.hpp"
 #include "platform/ado/jet/jet_wire.hpp"
 #include "zolsdk/platform/ado/types.hpp"
+#include "platform/ado/rowset_feed.hpp"
 
 namespace zolsdk::ado::detail::jet {
 
@@ -47,7 +48,7 @@ Ref<Recordset> TablesRowset(const FactRows& tables, const std::vector<Variant>& 
     auto rs = TablesSchemaRowset();
     for (const auto& t : tables) {
         if (!Passes(criteria, 2, t[0]) || !Passes(criteria, 3, t[1])) continue;
-        rs->AppendRow({Variant::Null(), Variant::Null(), t[0], t[1], Variant::Null(), Variant::Null(), Variant::Null(),
+        RowsetFeed::AppendRow(*rs, {Variant::Null(), Variant::Null(), t[0], t[1], Variant::Null(), Variant::Null(), Variant::Null(),
                        t[2], t[3]});
     }
     Rewind(*rs);
@@ -67,7 +68,7 @@ Ref<Recordset> ColumnsRowset(const FactRows& columns, const std::vector<Variant>
                         // An AutoNumber: the row's own number, given by the file.
                         (c[7].ToBoolean() ? kFlagRowId : 0);
         bool isDate = f.dataType == adType::Date;
-        rs->AppendRow({Variant::Null(), Variant::Null(), c[0], c[1], Variant::Null(), Variant::Null(), c[2],
+        RowsetFeed::AppendRow(*rs, {Variant::Null(), Variant::Null(), c[0], c[1], Variant::Null(), Variant::Null(), c[2],
                        Variant(!def.empty()), def.empty() ? Variant::Null() : Variant(def), Variant(flags),
                        Variant(nullable), Variant(f.dataType), Variant::Null(), f.maxLength, f.octetLength,
                        f.precision, f.scale, isDate ? Variant(int32_t{0}) : Variant::Null(), Variant::Null(),
@@ -84,7 +85,7 @@ Ref<Recordset> IndexesRowset(const FactRows& indexes, const std::vector<Variant>
         if (!Passes(criteria, 2, x[1]) || !Passes(criteria, 4, x[0])) continue;
         // NULLS: 1 nulls refused, 2 entries with nulls left out.
         int32_t nulls = x[4].ToBoolean() ? 2 : 1;
-        rs->AppendRow({Variant::Null(), Variant::Null(), x[0], Variant::Null(), Variant::Null(), x[1],
+        RowsetFeed::AppendRow(*rs, {Variant::Null(), Variant::Null(), x[0], Variant::Null(), Variant::Null(), x[1],
                        Variant(x[2].ToBoolean()), Variant(x[3].ToBoolean()), Variant(false), Variant(int32_t{1}),
                        Variant::Null(), Variant::Null(), Variant(nulls), Variant(false), Variant(true),
                        Variant(int32_t{4}), x[5], x[6], Variant::Null(), Variant::Null(),
@@ -99,7 +100,7 @@ Ref<Recordset> PrimaryKeysRowset(const FactRows& indexes, const std::vector<Vari
     auto rs = PrimaryKeysSchemaRowset();
     for (const auto& x : indexes) {
         if (!x[2].ToBoolean() || !Passes(criteria, 2, x[0])) continue;
-        rs->AppendRow({Variant::Null(), Variant::Null(), x[0], x[6], Variant::Null(), Variant::Null(), x[5], x[1]});
+        RowsetFeed::AppendRow(*rs, {Variant::Null(), Variant::Null(), x[0], x[6], Variant::Null(), Variant::Null(), x[5], x[1]});
     }
     Rewind(*rs);
     return rs;
@@ -111,7 +112,7 @@ Ref<Recordset> ForeignKeysRowset(const FactRows& relationships, const std::vecto
         if (!Passes(criteria, 2, r[1]) || !Passes(criteria, 5, r[3])) continue;
         String update = r[6].ToBoolean() ? u"CASCADE" : u"NO ACTION";
         String remove = r[7].ToBoolean() ? u"CASCADE" : r[8].ToBoolean() ? u"SET NULL" : u"NO ACTION";
-        rs->AppendRow({Variant::Null(), Variant::Null(), r[1], r[2], Variant::Null(), Variant::Null(), Variant::Null(),
+        RowsetFeed::AppendRow(*rs, {Variant::Null(), Variant::Null(), r[1], r[2], Variant::Null(), Variant::Null(), Variant::Null(),
                        Variant::Null(), r[3], r[4], Variant::Null(), Variant::Null(), r[5], Variant(update),
                        Variant(remove), r[9], r[0], Variant(int16_t{3})});
     }

@@ -11,7 +11,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "zolsdk/platform/ado/connection.hpp"
+#include "platform/ado/connection.hpp"
 #include "zolsdk/platform/variant.hpp"
 
 namespace zolsdk::ado::detail::jet {

@@ -6,6 +6,8 @@
 
 #include "platform/ado/backend.hpp"
 #include "platform/ado/schema_rowsets.hpp"
+#include "platform/failure_chain.hpp"
+#include "platform/ado/rowset_feed.hpp"
 
 namespace zolsdk::ado::detail {
 
@@ -232,7 +234,7 @@ Ref<Recordset> Columns(Backend& b, const std::vector<Variant>& criteria) {
         Variant octets = LongOrNull(r[9]);
         bool textType = f.dataType == adType::WChar;
         bool datetime = f.dataType == adType::DBTimeStamp || f.dataType == adType::DBTime;
-        rs->AppendRow({Variant(Text(r[0])), Variant::Null(), Variant(Text(r[1])), Variant(Text(r[2])), Variant::Null(),
+        RowsetFeed::AppendRow(*rs, {Variant(Text(r[0])), Variant::Null(), Variant(Text(r[1])), Variant(Text(r[2])), Variant::Null(),
                        Variant::Null(), LongOrNull(r[3]), Variant(!def.IsNull()), def,
                        Variant(int32_t{nullable ? 0x20 | 0x40 : 0}), Variant(nullable), Variant(f.dataType),
                        Variant::Null(), f.maxLength, f.maxLength.IsNull() ? Variant::Null() : octets, f.precision, f.scale,
@@ -259,7 +261,7 @@ Ref<Recordset> Tables(Backend& b, const std::vector<Variant>& criteria) {
         String native = UCase(Text(r[2]));
         String type = native == u"VIEW" ? u"VIEW" : native == u"SYSTEM VIEW" ? u"SYSTEM TABLE" : u"TABLE";
         if (!wantedType.empty() && !EqualsNoCase(wantedType, type)) continue;
-        rs->AppendRow({Variant(Text(r[0])), Variant::Null(), Variant(Text(r[1])), Variant(type), Variant::Null(),
+        RowsetFeed::AppendRow(*rs, {Variant(Text(r[0])), Variant::Null(), Variant(Text(r[1])), Variant(type), Variant::Null(),
                        TextOrNull(r[3]), Variant::Null(), r[4], r[5]});
     }
     if (rs->RecordCount() > 0) rs->MoveFirst();
@@ -284,7 +286,7 @@ Ref<Recordset> Indexes(Backend& b, const std::vector<Variant>& criteria) {
         int32_t type = kind == u"BTREE" ? 1 : kind == u"HASH" ? 2 : 4;
         String coll = Text(r[6]);
         Variant collation = coll.empty() ? Variant::Null() : Variant(int32_t{EqualsNoCase(coll, u"D") ? 2 : 1});
-        rs->AppendRow({Variant(Text(r[0])), Variant::Null(), Variant(Text(r[1])), Variant(Text(r[0])), Variant::Null(),
+        RowsetFeed::AppendRow(*rs, {Variant(Text(r[0])), Variant::Null(), Variant(Text(r[1])), Variant(Text(r[0])), Variant::Null(),
                        Variant(name), Variant(primary), Variant(r[2].IsNull() ? false : r[2].ToLong() == 0),
                        Variant(primary), Variant(type), Variant::Null(), Variant::Null(),
                        Variant(int32_t{EqualsNoCase(Text(r[8]), u"YES") ? 1 : 4}), Variant(false), Variant(true),
@@ -304,7 +306,7 @@ Ref<Recordset> PrimaryKeys(Backend& b, const std::vector<Variant>& criteria) {
     sql += u" ORDER BY TABLE_NAME, SEQ_IN_INDEX";
     auto rs = PrimaryKeysSchemaRowset();
     for (const Row& r : Query(b, sql))
-        rs->AppendRow({Variant(Text(r[0])), Variant::Null(), Variant(Text(r[1])), Variant(Text(r[2])), Variant::Null(),
+        RowsetFeed::AppendRow(*rs, {Variant(Text(r[0])), Variant::Null(), Variant(Text(r[1])), Variant(Text(r[2])), Variant::Null(),
                        Variant::Null(), LongOrNull(r[3]), Variant(u"PRIMARY")});
     if (rs->RecordCount() > 0) rs->MoveFirst();
     return rs;
@@ -333,7 +335,7 @@ Ref<Recordset> ForeignKeys(Backend& b, const std::vector<Variant>& criteria) {
     sql += u" ORDER BY k.TABLE_NAME, k.CONSTRAINT_NAME, k.ORDINAL_POSITION";
     auto rs = ForeignKeysSchemaRowset();
     for (const Row& r : Query(b, sql))
-        rs->AppendRow({Variant(Text(r[0])), Variant::Null(), Variant(Text(r[1])), Variant(Text(r[2])), Variant::Null(),
+        RowsetFeed::AppendRow(*rs, {Variant(Text(r[0])), Variant::Null(), Variant(Text(r[1])), Variant(Text(r[2])), Variant::Null(),
                        Variant::Null(), Variant(Text(r[3])), Variant::Null(), Variant(Text(r[4])), Variant(Text(r[5])),
                        Variant::Null(), Variant::Null(), LongOrNull(r[6]), Variant(Rule(r[7])), Variant(Rule(r[8])),
                        Variant(Text(r[9])), Variant(Text(r[10])), Variant(int16_t{3})});

@@ -14,6 +14,7 @@
 #include "platform/ado/odbc/odbc_catalog.hpp"
 #include "zolsdk/platform/datetime.hpp"
 #include "zolsdk/platform/decimal.hpp"
+#include "platform/failure_chain.hpp"
 
 namespace zolsdk::ado::detail {
 

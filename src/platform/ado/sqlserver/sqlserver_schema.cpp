@@ -4,6 +4,8 @@
 #include <map>
 
 #include "platform/ado/odbc/odbc_catalog.hpp"
+#include "platform/failure_chain.hpp"
+#include "platform/ado/rowset_feed.hpp"
 
 namespace zolsdk::ado::detail {
 
@@ -175,7 +177,7 @@ SqlServerTypeFigures SqlServerColumnFigures(const String& typeName, int32_t odbc
 Ref<Recordset> SqlServerTablesRowset(const CatalogRows& rows) {
     auto rs = TablesSchemaRowset();
     for (const CatalogRow& r : rows)
-        rs->AppendRow({TextOrNull(Cell(r, 0)), TextOrNull(Cell(r, 1)), Variant(Text(Cell(r, 2))),
+        RowsetFeed::AppendRow(*rs, {TextOrNull(Cell(r, 0)), TextOrNull(Cell(r, 1)), Variant(Text(Cell(r, 2))),
                        Variant(UCase(Text(Cell(r, 3)))), Variant::Null(), TextOrNull(Cell(r, 4)), Variant::Null(),
                        Variant::Null(), Variant::Null()});
     return Finish(rs);
@@ -207,7 +209,7 @@ Ref<Recordset> SqlServerColumnsRowset(const CatalogRows& rows) {
         // DBCOLUMNFLAGS: 0x10 fixed length, 0x20 | 0x40 nullable, 0x80 long.
         int32_t flags = (fixed && !f.isLong ? 0x10 : 0) | (nullable ? 0x60 : 0) | (f.isLong ? 0x80 : 0);
         bool datetime = f.dataType == adType::DBTimeStamp || f.dataType == adType::DBTime;
-        rs->AppendRow({TextOrNull(Cell(r, 0)), TextOrNull(Cell(r, 1)), Variant(Text(Cell(r, 2))),
+        RowsetFeed::AppendRow(*rs, {TextOrNull(Cell(r, 0)), TextOrNull(Cell(r, 1)), Variant(Text(Cell(r, 2))),
                        Variant(Text(Cell(r, 3))), Variant::Null(), Variant::Null(), LongOrNull(Cell(r, 16)),
                        Variant(!def.IsNull()), def, Variant(flags), Variant(nullable), Variant(f.dataType),
                        Variant::Null(), f.maxLength, octets, f.precision, f.scale,
@@ -241,7 +243,7 @@ Ref<Recordset> SqlServerIndexesRowset(const CatalogRows& statistics, const Catal
         Variant collation = order.empty() ? Variant::Null() : Variant(int32_t{order == u"D" ? 2 : 1});
         const Variant& nonUnique = Cell(r, 3);
         bool unique = !nonUnique.IsNull() && !nonUnique.ToBoolean();
-        rs->AppendRow({TextOrNull(Cell(r, 0)), TextOrNull(Cell(r, 1)), Variant(Text(Cell(r, 2))),
+        RowsetFeed::AppendRow(*rs, {TextOrNull(Cell(r, 0)), TextOrNull(Cell(r, 1)), Variant(Text(Cell(r, 2))),
                        TextOrNull(Cell(r, 0)), TextOrNull(Cell(r, 1)), Variant(name), Variant(primary),
                        Variant(unique), Variant(LongOr(Cell(r, 6), 0) == kOdbcIndexClustered), Variant(int32_t{1}),
                        Variant::Null(), Variant::Null(), Variant::Null(), Variant(false), Variant(true),
@@ -255,7 +257,7 @@ Ref<Recordset> SqlServerIndexesRowset(const CatalogRows& statistics, const Catal
 Ref<Recordset> SqlServerPrimaryKeysRowset(const CatalogRows& rows) {
     auto rs = PrimaryKeysSchemaRowset();
     for (const CatalogRow& r : rows)
-        rs->AppendRow({TextOrNull(Cell(r, 0)), TextOrNull(Cell(r, 1)), Variant(Text(Cell(r, 2))),
+        RowsetFeed::AppendRow(*rs, {TextOrNull(Cell(r, 0)), TextOrNull(Cell(r, 1)), Variant(Text(Cell(r, 2))),
                        Variant(Text(Cell(r, 3))), Variant::Null(), Variant::Null(), LongOrNull(Cell(r, 4)),
                        Variant(Text(Cell(r, 5)))});
     return Finish(rs);
@@ -282,7 +284,7 @@ Ref<Recordset> SqlServerForeignKeysRowset(const CatalogRows& rows) {
     auto rs = ForeignKeysSchemaRowset();
     for (const CatalogRow& r : rows) {
         const Variant& deferrability = Cell(r, 13);
-        rs->AppendRow({TextOrNull(Cell(r, 0)), TextOrNull(Cell(r, 1)), Variant(Text(Cell(r, 2))),
+        RowsetFeed::AppendRow(*rs, {TextOrNull(Cell(r, 0)), TextOrNull(Cell(r, 1)), Variant(Text(Cell(r, 2))),
                        Variant(Text(Cell(r, 3))), Variant::Null(), Variant::Null(), TextOrNull(Cell(r, 4)),
                        TextOrNull(Cell(r, 5)), Variant(Text(Cell(r, 6))), Variant(Text(Cell(r, 7))), Variant::Null(),
                        Variant::Null(), LongOrNull(Cell(r, 8)), Variant(Rule(Cell(r, 9))), Variant(Rule(Cell(r, 10))),

@@ -13,6 +13,7 @@
 #include <mutex>
 #include <vector>
 
+#include "zolsdk/platform/ado/parameter.hpp"
 #include "zolsdk/platform/ado/recordset.hpp"
 #include "zolsdk/platform/ado/types.hpp"
 #include "zolsdk/platform/object.hpp"
@@ -35,9 +36,6 @@ constexpr int32_t adSchemaIndexes = 12;
 constexpr int32_t adSchemaTables = 20;
 constexpr int32_t adSchemaForeignKeys = 27;
 constexpr int32_t adSchemaPrimaryKeys = 28;
-
-// Parameter directions.
-constexpr int32_t adParamInput = 1;
 
 // The number every provider failure carries (the platform's generic
 // failure), and the source text of failures raised by the provider.
@@ -79,29 +77,6 @@ public:
 
 private:
     std::vector<Ref<ado::Error>> items_;
-};
-
-class Parameter : public Object {
-public:
-    Parameter() = default;
-    Parameter(String name, int32_t type, int32_t direction, int32_t size, Variant value)
-        : name_(std::move(name)), type_(type), direction_(direction), size_(size), value_(std::move(value)) {}
-
-    const String& Name() const { return name_; }
-    void Name(String n) { name_ = std::move(n); }
-    int32_t Type() const { return type_; }
-    void Type(int32_t t) { type_ = t; }
-    int32_t Direction() const { return direction_; }
-    void Direction(int32_t d) { direction_ = d; }
-    int32_t Size() const { return size_; }
-    void Size(int32_t s) { size_ = s; }
-    const Variant& Value() const { return value_; }
-    void Value(Variant v) { value_ = std::move(v); }
-
-private:
-    String name_;
-    int32_t type_ = adType::VarWChar, direction_ = adParamInput, size_ = 0;
-    Variant value_ = Variant::Null();
 };
 
 class Parameters {

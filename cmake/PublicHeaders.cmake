@@ -1,0 +1,42 @@
+# The installed public headers, relative to include/. A header added to
+# include/zolsdk is installed only once it is listed here.
+set(ZOLSDK_PUBLIC_HEADERS
+  zolsdk/catalog/catalog.hpp
+  zolsdk/catalog/class_factory.hpp
+  zolsdk/catalog/error_numbers.hpp
+  zolsdk/data/blob.hpp
+  zolsdk/data/data_columns.hpp
+  zolsdk/data/data_row.hpp
+  zolsdk/data/data_rows.hpp
+  zolsdk/dialects/sql_builder.hpp
+  zolsdk/export.hpp
+  zolsdk/mapping/column_map.hpp
+  zolsdk/mapping/map_enum.hpp
+  zolsdk/mapping/map_expression.hpp
+  zolsdk/platform/ado/parameter.hpp
+  zolsdk/platform/ado/recordset.hpp
+  zolsdk/platform/ado/types.hpp
+  zolsdk/platform/collection.hpp
+  zolsdk/platform/datetime.hpp
+  zolsdk/platform/decimal.hpp
+  zolsdk/platform/error.hpp
+  zolsdk/platform/locale.hpp
+  zolsdk/platform/object.hpp
+  zolsdk/platform/snapshot_enum.hpp
+  zolsdk/platform/text.hpp
+  zolsdk/platform/variant.hpp
+  zolsdk/query/query.hpp
+  zolsdk/query/visitor.hpp
+  zolsdk/readers/reader.hpp
+  zolsdk/schema/collection_frame.hpp
+  zolsdk/schema/column.hpp
+  zolsdk/schema/enumerable.hpp
+  zolsdk/schema/enums.hpp
+  zolsdk/schema/index.hpp
+  zolsdk/schema/table.hpp
+  zolsdk/sessions/session.hpp
+  zolsdk/support/encrypt.hpp
+  zolsdk/transfer/parallel_run.hpp
+  zolsdk/transfer/transfer.hpp
+  zolsdk/zolsdk.hpp
+)
