@@ -15,10 +15,6 @@ String PlatformErrorText(int32_t number);
 
 [[noreturn]] void RaisePlatformFrom(int32_t number, StringView source, StringView description);
 
-// Turns whatever is being handled (DbError, std::bad_alloc, any other
-// exception) into a DbError: the single conversion point of foreign failures.
-DbError CurrentFailure();
-
 // The per-routine mark of the chain.
 struct RoutineMark {
     StringView literal;

@@ -126,6 +126,14 @@ std::vector<String> CreateTableSql(Engine e, const TablePlan& t) {
     sql += u")";
     if (e == Engine::MySql && !t.tableOptions.empty()) sql += u" " + t.tableOptions;
     out.push_back(sql);
+    if (e == Engine::Access) {
+        // The Access provider forgets NOT NULL on a column that has a
+        // default: it is set again on its own.
+        for (const auto& c : t.columns)
+            if (!c.nullable && c.targetDefault && !c.autoIncrement)
+                out.push_back(u"ALTER TABLE " + QuoteName(e, t.name) + u" ALTER COLUMN " + QuoteName(e, c.name) +
+                              u" NOT NULL");
+    }
     if (e != Engine::MySql) {
         for (const auto& x : t.indexes) {
             if (x.primaryKey) continue;

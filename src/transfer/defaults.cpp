@@ -87,8 +87,10 @@ DefaultValue ParseDefault(Engine source, StringView text) {
         d.value = u"0";
         return d;
     }
-    // MariaDB states a text default of an older server without quotes.
-    if (source == Engine::MySql && u != u"NULL" && t.find(u'(') == String::npos) {
+    // MariaDB states a text default of an older server without quotes, and
+    // files made through the Access provider keep text defaults bare.
+    if ((source == Engine::MySql || source == Engine::Access) && u != u"NULL" && t.find(u'(') == String::npos &&
+        t.find(u'"') == String::npos && t.find(u'\'') == String::npos) {
         d.value = t;
         return d;
     }

@@ -66,4 +66,10 @@ constexpr int32_t AdoFilterInvalid = 3001;
 // Description its standard text unless one is given.
 [[noreturn]] ZOLSDK_API void RaisePlatform(int32_t number, StringView detail = {});
 
+// Turns whatever is being handled (DbError, std::bad_alloc, any other
+// exception) into a DbError: the single conversion point of foreign failures.
+// For a handler that must not let anything but a DbError out (a callback, a
+// binding to another language).
+ZOLSDK_API DbError CurrentFailure();
+
 } // namespace zolsdk

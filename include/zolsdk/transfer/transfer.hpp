@@ -19,6 +19,7 @@
 #include <optional>
 #include <vector>
 
+#include "zolsdk/export.hpp"
 #include "zolsdk/platform/text.hpp"
 #include "zolsdk/platform/variant.hpp"
 
@@ -80,7 +81,7 @@ struct TablePlan {
     std::vector<String> keyColumns;
 };
 
-struct Plan {
+struct ZOLSDK_API Plan {
     String from, to;
     Engine source = Engine::MySql, target = Engine::MySql;
     std::vector<TablePlan> tables;
@@ -136,7 +137,7 @@ struct TableResult {
     bool Ok() const { return outcome == Outcome::Verified || outcome == Outcome::Created; }
 };
 
-struct Report {
+struct ZOLSDK_API Report {
     std::vector<TableResult> tables;
     std::vector<String> notes;       // catalog-wide: foreign keys that could not be added, ...
     bool verifyOnly = false;         // made by VerifyAll: nothing was copied
@@ -148,31 +149,31 @@ struct Report {
 
 // Reads both catalogs and plans every table (or the ones named): target
 // types, keys, indexes, foreign keys and every change the target forces.
-Plan MakePlan(const String& fromAttributes, const String& toAttributes, const Options& options = {});
+ZOLSDK_API Plan MakePlan(const String& fromAttributes, const String& toAttributes, const Options& options = {});
 
 // Creates one table on the target (dropping it first with options.replace;
 // a table that exists already fails the table otherwise).
-TableResult CreateTable(const Plan& plan, const TablePlan& table, const Options& options);
+ZOLSDK_API TableResult CreateTable(const Plan& plan, const TablePlan& table, const Options& options);
 // Streams the table's rows (or one key range of them) into the target and
 // verifies them. Does not create or drop anything.
-TableResult CopyRows(const Plan& plan, const TablePlan& table, const Options& options, const KeyRange& range = {});
+ZOLSDK_API TableResult CopyRows(const Plan& plan, const TablePlan& table, const Options& options, const KeyRange& range = {});
 // Create, copy, verify; a failed table is dropped again unless keepFailed.
-TableResult CopyTable(const Plan& plan, const TablePlan& table, const Options& options);
+ZOLSDK_API TableResult CopyTable(const Plan& plan, const TablePlan& table, const Options& options);
 // Compares one table (or key range) of the two catalogs by row count and an
 // order-independent checksum of normalised values.
-Verification Verify(const Plan& plan, const TablePlan& table, const Options& options, const KeyRange& range = {});
+ZOLSDK_API Verification Verify(const Plan& plan, const TablePlan& table, const Options& options, const KeyRange& range = {});
 // Adds the foreign keys of every table that arrived; what could not be
 // added is told in the report's notes and the table's changes.
-void AddForeignKeys(const Plan& plan, const Options& options, Report& report);
+ZOLSDK_API void AddForeignKeys(const Plan& plan, const Options& options, Report& report);
 // The whole migration: every table, then the foreign keys.
-Report Run(const Plan& plan, const Options& options);
+ZOLSDK_API Report Run(const Plan& plan, const Options& options);
 // Verification alone, for every table of the plan.
-Report VerifyAll(const Plan& plan, const Options& options);
+ZOLSDK_API Report VerifyAll(const Plan& plan, const Options& options);
 // The schema of a catalog written as an XML schema file that the XML
 // catalog reads (tables, columns, indexes, keys).
-void SaveSchema(const String& fromAttributes, const String& xmlFile);
+ZOLSDK_API void SaveSchema(const String& fromAttributes, const String& xmlFile);
 
-const char* KindName(Kind k);
-const char* OutcomeName(Outcome o);
+ZOLSDK_API const char* KindName(Kind k);
+ZOLSDK_API const char* OutcomeName(Outcome o);
 
 } // namespace zolsdk::transfer
