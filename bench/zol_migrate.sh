@@ -92,7 +92,7 @@ for case in one eight; do
   dump=${SECONDS_OF[$case.dump]}
   for way in dump jobs1 jobs4; do
     s=${SECONDS_OF[$case.$way]}
-    name=$(case $way in dump) echo '`mariadb-dump | mariadb`';; jobs1) echo '`zol migrate --jobs 1`';; jobs4) echo '`zol migrate --jobs 4`';; esac)
+    name=$(case $way in dump) echo '`mariadb-dump \| mariadb`';; jobs1) echo '`zol migrate --jobs 1`';; jobs4) echo '`zol migrate --jobs 4`';; esac)
     rss=${RSS_OF[$case.$way]}
     printf '| %s | %s | %.1f | %s | %.2fx | %s |\n' "$label" "$name" "$s" \
       "$(printf '%.0f' "$(echo "${TOTAL[$case]} / $s" | bc -l)")" "$(echo "$dump / $s" | bc -l)" \
