@@ -14,6 +14,7 @@
 #include <thread>
 
 #include "catalog/attributes.hpp"
+#include "transfer/ddl.hpp"
 #include "transfer/endpoint.hpp"
 #include "transfer/key_ranges.hpp"
 #include "transfer/resume_state.hpp"
@@ -247,15 +248,15 @@ private:
     void Complete(TableWork& w) {
         TableResult r = w.made;
         r.rowsRead = r.rowsWritten = 0;
-        bool verified = true, failed = false, rowsLeft = false;
+        bool verified = true, failed = false, counted = false;
         for (const auto& d : w.done) {
+            counted = counted || d->rowsRead >= 0;
             r.rowsRead += std::max<int64_t>(0, d->rowsRead);
             r.rowsWritten += std::max<int64_t>(0, d->rowsWritten);
             r.verification.sourceRows += d->verification.sourceRows;
             r.verification.targetRows += d->verification.targetRows;
             if (d->outcome != Outcome::Verified) verified = false;
             if (d->outcome == Outcome::Failed || d->outcome == Outcome::Cancelled) failed = true;
-            if (d->rowsWritten > 0 || d->outcome == Outcome::Verified) rowsLeft = true;
             if (r.failure.empty() && !d->failure.empty()) r.failure = d->failure;
             if (r.verification.firstDifference.empty()) r.verification.firstDifference = d->verification.firstDifference;
         }
@@ -265,14 +266,33 @@ private:
             r.outcome = Outcome::Verified;
             if (state_) state_->TableVerified(r.table, r.rowsWritten);
         } else if (failed) {
-            // Left in place: a rerun that resumes copies only what is missing.
-            r.outcome = rowsLeft ? Outcome::HalfMade : Outcome::Failed;
+            // Without keepFailed the table goes, as on the one-table road; one
+            // that cannot be dropped (its server went away) stays for --resume.
+            r.outcome = Outcome::HalfMade;
+            if (!o_.keepFailed && DropFailed(*w.plan)) {
+                r.outcome = Outcome::Failed;
+                if (state_) state_->Forget(r.table);
+            }
         } else {
-            bool counted = true;
-            for (const auto& d : w.done) counted = counted && d->outcome == Outcome::Created;
-            r.outcome = counted && r.rowsRead == r.rowsWritten ? Outcome::Created : Outcome::Mismatch;
+            bool created = true;
+            for (const auto& d : w.done) created = created && d->outcome == Outcome::Created;
+            r.outcome = created && r.rowsRead == r.rowsWritten ? Outcome::Created : Outcome::Mismatch;
         }
+        if (!counted) r.rowsRead = r.rowsWritten = -1;
         Finish(w, std::move(r), false);
+    }
+
+    bool DropFailed(const TablePlan& t) {
+        try {
+            Endpoint dst = OpenEndpoint(plan_.to);
+            if (dst.engine == Engine::Xml) return false;
+            Ref<ado::Connection> c = Connect(dst, o_.lockTimeoutSeconds);
+            transfer::Run(*c, DropTableSql(dst.engine, t.name));
+            c->Close();
+            return true;
+        } catch (const std::exception&) {
+            return false;
+        }
     }
 
     void Finish(TableWork& w, TableResult r, bool earlier) {
