@@ -40,8 +40,8 @@ private:
 };
 
 std::unique_ptr<ArrowRows> OpenArrow(CatalogPtr h, const std::string& table, nb::handle columns, nb::handle where,
-                                     int64_t batchRows) {
-    ExportRequest request = ReadRequest(table, columns, where);
+                                     int64_t batchRows, bool lossyBinary) {
+    ExportRequest request = ReadRequest(table, columns, where, lossyBinary);
     nb::gil_scoped_release nogil;
     std::lock_guard<std::mutex> g(h->lock);
     return std::make_unique<ArrowRows>(std::make_unique<RowCursor>(h, request), batchRows);
@@ -53,7 +53,7 @@ void BindArrow(nb::module_& m) {
     nb::class_<ArrowRows>(m, "ArrowRows")
         .def("__arrow_c_stream__", &ArrowRows::Capsule, nb::arg("requested_schema").none() = nb::none());
     m.def("open_arrow", &OpenArrow, nb::arg("catalog"), nb::arg("table"), nb::arg("columns").none() = nb::none(),
-          nb::arg("where").none() = nb::none(), nb::arg("batch_rows") = 65536);
+          nb::arg("where").none() = nb::none(), nb::arg("batch_rows") = 65536, nb::arg("lossy_binary") = false);
 }
 
 } // namespace zolsdk::py

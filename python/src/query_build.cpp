@@ -68,8 +68,9 @@ CriteriaNode ReadCriteria(nb::handle tree) {
     return n;
 }
 
-ExportRequest ReadRequest(const std::string& table, nb::handle columns, nb::handle where) {
+ExportRequest ReadRequest(const std::string& table, nb::handle columns, nb::handle where, bool lossyBinary) {
     ExportRequest r;
+    r.lossyBinary = lossyBinary;
     r.table = Text(table);
     if (!columns.is_none())
         for (nb::handle c : columns) r.columns.push_back(Text(nb::cast<std::string>(c)));

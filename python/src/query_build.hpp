@@ -26,10 +26,13 @@ struct ExportRequest {
     String table;
     std::vector<String> columns;   // empty: every column
     bool hasCriteria = false;
+    // Binary columns come through the library's data sets altered (the last
+    // byte as 0, an empty value as NULL): read only when the caller says so.
+    bool lossyBinary = false;
     CriteriaNode criteria;
 };
 
-ExportRequest ReadRequest(const std::string& table, nb::handle columns, nb::handle where);
+ExportRequest ReadRequest(const std::string& table, nb::handle columns, nb::handle where, bool lossyBinary);
 
 // Without the GIL, under the catalog's lock. A condition on a column the
 // table lacks, or on one that no predicate can test, fails here instead of

@@ -105,8 +105,9 @@ private:
     std::unique_ptr<PyTypes> types_;
 };
 
-std::unique_ptr<RowReader> OpenRows(CatalogPtr h, const std::string& table, nb::handle columns, nb::handle where) {
-    ExportRequest request = ReadRequest(table, columns, where);
+std::unique_ptr<RowReader> OpenRows(CatalogPtr h, const std::string& table, nb::handle columns, nb::handle where,
+                                    bool lossyBinary) {
+    ExportRequest request = ReadRequest(table, columns, where, lossyBinary);
     nb::gil_scoped_release nogil;
     std::lock_guard<std::mutex> g(h->lock);
     return std::make_unique<RowReader>(std::make_unique<RowCursor>(h, request));
@@ -148,7 +149,7 @@ void BindRows(nb::module_& m) {
         .def("fetch", &RowReader::Fetch, nb::arg("count") = 4096);
     m.def("walk_rows", &WalkRows, nb::arg("catalog"), nb::arg("table"));
     m.def("open_rows", &OpenRows, nb::arg("catalog"), nb::arg("table"), nb::arg("columns").none() = nb::none(),
-          nb::arg("where").none() = nb::none());
+          nb::arg("where").none() = nb::none(), nb::arg("lossy_binary") = false);
 }
 
 } // namespace zolsdk::py

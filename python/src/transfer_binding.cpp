@@ -1,7 +1,7 @@
 // migrate / verify over the lossless copy road. The road runs on a thread
 // of its own while the calling thread waits with the GIL released, waking
 // to look for Ctrl-C: a signal sets the road's cancel flag, the road stops
-// at its next batch, and KeyboardInterrupt is raised once it has.
+// at its next progress point, and KeyboardInterrupt is raised once it has.
 #include "query_build.hpp"
 
 #if __has_include(<zolsdk/transfer/transfer.hpp>)
@@ -42,10 +42,23 @@ nb::dict VerificationDict(const tr::Verification& v) {
     return d;
 }
 
+// Outcomes as Python names them (the road's own names are display text).
+const char* OutcomeKey(tr::Outcome o) {
+    switch (o) {
+    case tr::Outcome::Verified: return "verified";
+    case tr::Outcome::Created: return "created";
+    case tr::Outcome::Mismatch: return "mismatch";
+    case tr::Outcome::Failed: return "failed";
+    case tr::Outcome::HalfMade: return "half_made";
+    case tr::Outcome::Cancelled: return "cancelled";
+    }
+    return "failed";
+}
+
 nb::dict TableDict(const tr::TableResult& r) {
     nb::dict d;
     d["table"] = PyText(r.table);
-    d["outcome"] = tr::OutcomeName(r.outcome);
+    d["outcome"] = OutcomeKey(r.outcome);
     d["ok"] = r.Ok();
     d["rows_read"] = r.rowsRead;
     d["rows_written"] = r.rowsWritten;
@@ -108,22 +121,20 @@ public:
         options_.progressEvery = q.progressEvery;
         options_.cancel = &cancel_;
         if (q.progress.is_valid()) {
-            nb::object cb = q.progress;
-            options_.progress = [this, cb](const tr::Progress& p) {
+            // The road may copy its options on any thread: the callback they
+            // carry holds no Python reference of its own.
+            progress_ = q.progress;
+            options_.progress = [this](const tr::Progress& p) {
                 nb::gil_scoped_acquire gil;
                 if (callbackError_) return;
                 try {
-                    cb(PyText(p.table), p.rows);
+                    progress_(PyText(p.table), p.rows);
                 } catch (nb::python_error& e) {
                     callbackError_ = std::make_unique<nb::python_error>(std::move(e));
                     cancel_ = true;
                 }
             };
         }
-    }
-    ~Runner() {
-        // Drop the callback (a Python object) while the GIL is held.
-        options_.progress = nullptr;
     }
 
     const tr::Options& Options() const { return options_; }
@@ -170,6 +181,7 @@ public:
 
 private:
     tr::Options options_;
+    nb::object progress_;
     std::atomic<bool> cancel_{false};
     std::unique_ptr<nb::python_error> callbackError_;
 };

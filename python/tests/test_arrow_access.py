@@ -22,12 +22,13 @@ from test_mysql import ITEM  # noqa: E402
 
 def test_arrow_table_matches_rows_in_types_values_and_nulls(scratch):
     scratch.run(ITEM)
+    scratch.run("INSERT INTO item (code, notes, price) VALUES ('n1', REPEAT('é', 20000), 99)")
     scratch.run("INSERT INTO item (code, photo, price) VALUES ('p1', X'00FF10', -0.01)")
     with zolsdk.Catalog(scratch.attrs) as cat:
         # Small batches: values must survive batch boundaries.
-        table = cat.to_arrow("item", batch_rows=2)
-        rows = list(cat.rows("item"))
-    assert table.num_rows == len(rows) == 6
+        table = cat.to_arrow("item", batch_rows=2, lossy_binary=True)
+        rows = list(cat.rows("item", lossy_binary=True))
+    assert table.num_rows == len(rows) == 7
     types = {f.name: f.type for f in table.schema}
     assert types["id"] == pa.int64() and types["code"] == pa.string()
     assert types["price"] == pa.decimal128(10, 2) and types["born"] == pa.date32()
@@ -36,8 +37,9 @@ def test_arrow_table_matches_rows_in_types_values_and_nulls(scratch):
     # Same values as the row road, column by column, nulls included.
     for i, name in enumerate(table.column_names):
         assert table.column(name).to_pylist() == [r[i] for r in rows], name
-    assert table.column("title").null_count == 2
+    assert table.column("title").null_count == 3
     assert table.column("price").to_pylist()[-1] == Decimal("-0.01")
+    assert [r[8] for r in rows if r[1] == "n1"] == ["é" * 20000]  # long text whole
 
 
 def test_arrow_filtered_and_failing(scratch):
@@ -46,7 +48,7 @@ def test_arrow_filtered_and_failing(scratch):
         t = cat.to_arrow("item", where=C("seen") < dt.datetime(2000, 1, 1), columns=["code", "seen"])
         assert sorted(t.column("code").to_pylist()) == ["a2", "c2"]
         assert dt.datetime(1970, 1, 1) in t.column("seen").to_pylist()
-        stream = cat.arrow_stream("item")
+        stream = cat.arrow_stream("item", columns=["id"])
         pa.RecordBatchReader.from_stream(stream).read_all()
         with pytest.raises(zolsdk.InvalidCall):  # a stream is read once
             pa.RecordBatchReader.from_stream(stream)
@@ -70,16 +72,19 @@ def test_large_tables_stream_whole_and_abandoned_walks_end(scratch):
     assert tail.num_rows == 20000 and table.column("v")[119999].as_py() == "v120000"
 
 
-def test_scale_overflow_fails_instead_of_rounding(scratch):
-    # Decimal values wider than a 38-digit Arrow decimal must not be cut.
+def test_wide_decimals_arrive_whole_or_fail(scratch):
     scratch.run("CREATE TABLE big (id INT PRIMARY KEY, v DECIMAL(65,2)); "
                 "INSERT INTO big VALUES (1, 12345678901234567890123456.78)")
     with zolsdk.Catalog(scratch.attrs) as cat:
         t = cat.to_arrow("big")
         assert t.column("v").to_pylist() == [Decimal("12345678901234567890123456.78")]
         scratch.run("UPDATE big SET v = 1234567890123456789012345678901234567.89")
-        with pytest.raises(OSError, match="does not fit|Overflow|number 6"):
+        # Beyond what the library's decimal holds: a failure with its chain, as from rows().
+        with pytest.raises(zolsdk.Overflow) as info:
             cat.to_arrow("big")
+        assert info.value.number == 6 and "=>" in info.value.source
+        with pytest.raises(zolsdk.Overflow):
+            list(cat.rows("big"))
 
 
 def mdb_rows(path: str, table: str):

@@ -76,7 +76,7 @@ def test_schema_lists_columns_keys_and_indexes(shop):
 
 def test_rows_carry_each_type_as_python_values(shop):
     db, cat = shop
-    rows = {r[1]: r for r in cat.rows("item")}
+    rows = {r[1]: r for r in cat.rows("item", lossy_binary=True)}
     assert len(rows) == int(db.run("SELECT COUNT(*) FROM item")[0][0])
     a1 = rows["a1"]
     assert a1[2:9] == ("Apple", Decimal("10.5"), 3, dt.date(2001, 2, 3), dt.datetime(2001, 2, 3, 4, 5, 6),
@@ -140,6 +140,17 @@ def test_bad_requests_fail_instead_of_selecting_everything(shop):
         cat.rows("item", where="price > 10")  # type: ignore[arg-type]
     with pytest.raises(TypeError):
         bool(C("a") > 1)
+
+
+def test_binary_columns_are_read_only_when_asked(shop):
+    db, cat = shop
+    db.run("INSERT INTO item (code, photo) VALUES ('p1', X'00FF10')")
+    for read in (lambda **kw: list(cat.rows("item", **kw)), lambda **kw: cat.to_arrow("item", **kw)):
+        with pytest.raises(zolsdk.InvalidCall, match="photo"):
+            read()
+    assert len(list(cat.rows("item", columns=["code", "title"]))) == 6
+    photo = [r for r in cat.rows("item", where=C("code") == "p1", lossy_binary=True)][0][-1]
+    assert isinstance(photo, bytes) and len(photo) == 3
 
 
 def test_failures_carry_the_chain(scratch):

@@ -2,14 +2,15 @@
 from __future__ import annotations
 
 import enum
+import re
 from dataclasses import dataclass
 from typing import TYPE_CHECKING, Any, Iterator, List, Optional, Sequence, Tuple, Union, overload
 
-from . import _native
+from . import _native, errors
 from .criteria import Criteria
 
 if TYPE_CHECKING:  # pyarrow stays optional
-    import pyarrow
+    import pyarrow  # type: ignore[import-untyped,unused-ignore]
 
 
 class TypeGroup(enum.IntEnum):
@@ -209,30 +210,44 @@ class Catalog:
         return self._handle.row_count(table)
 
     def rows(self, table: Union[str, Table], where: Optional[Criteria] = None,
-             columns: Optional[Sequence[str]] = None, chunk: int = 4096) -> "Rows":
-        """The rows of a table (those the criteria select) as tuples."""
-        return Rows(_native.open_rows(self._handle, _name(table), _columns(columns), _where(where)), chunk)
+             columns: Optional[Sequence[str]] = None, chunk: int = 4096,
+             lossy_binary: bool = False) -> "Rows":
+        """The rows of a table (those the criteria select) as tuples.
+
+        Binary columns fail the read unless left out or ``lossy_binary`` is
+        given: the library's data sets hand them out with the last byte as 0.
+        """
+        return Rows(_native.open_rows(self._handle, _name(table), _columns(columns), _where(where),
+                                      lossy_binary), chunk)
 
     def to_arrow(self, table: Union[str, Table], where: Optional[Criteria] = None,
-                 columns: Optional[Sequence[str]] = None, batch_rows: int = 65536) -> "pyarrow.Table":
-        """The rows as a pyarrow.Table (needs pyarrow)."""
-        return self.arrow_reader(table, where, columns, batch_rows).read_all()
+                 columns: Optional[Sequence[str]] = None, batch_rows: int = 65536,
+                 lossy_binary: bool = False) -> "pyarrow.Table":
+        """The rows as a pyarrow.Table (needs pyarrow); binary columns as in :meth:`rows`."""
+        reader = self.arrow_reader(table, where, columns, batch_rows, lossy_binary)
+        try:
+            return reader.read_all()
+        except OSError as e:
+            # pyarrow reports a failed stream as OSError with the stream's text.
+            raise _stream_failure(e) from None
 
     def arrow_reader(self, table: Union[str, Table], where: Optional[Criteria] = None,
                      columns: Optional[Sequence[str]] = None,
-                     batch_rows: int = 65536) -> "pyarrow.RecordBatchReader":
+                     batch_rows: int = 65536, lossy_binary: bool = False) -> "pyarrow.RecordBatchReader":
         """The rows as a stream of record batches (needs pyarrow)."""
         try:
             import pyarrow as pa
         except ImportError as e:  # pragma: no cover - depends on the environment
             raise ImportError("to_arrow needs pyarrow: pip install pyarrow") from e
-        stream = self.arrow_stream(table, where, columns, batch_rows)
+        stream = self.arrow_stream(table, where, columns, batch_rows, lossy_binary)
         return pa.RecordBatchReader.from_stream(stream)
 
     def arrow_stream(self, table: Union[str, Table], where: Optional[Criteria] = None,
-                     columns: Optional[Sequence[str]] = None, batch_rows: int = 65536) -> Any:
+                     columns: Optional[Sequence[str]] = None, batch_rows: int = 65536,
+                     lossy_binary: bool = False) -> Any:
         """An object with ``__arrow_c_stream__``, for any Arrow-aware library."""
-        return _native.open_arrow(self._handle, _name(table), _columns(columns), _where(where), batch_rows)
+        return _native.open_arrow(self._handle, _name(table), _columns(columns), _where(where), batch_rows,
+                                  lossy_binary)
 
 
 class Rows(Iterator[Tuple[Any, ...]]):
@@ -259,6 +274,14 @@ class Rows(Iterator[Tuple[Any, ...]]):
         row = self._buffer[self._pos]
         self._pos += 1
         return row
+
+
+def _stream_failure(e: OSError) -> Exception:
+    """The library's failure behind a failed Arrow stream, as its DbError."""
+    m = re.search(r"(.*) \(number (-?\d+)\)\n(.*)", str(e), re.S)
+    if not m:
+        return e
+    return errors.from_failure(int(m.group(2)), m.group(1).strip(), m.group(3))
 
 
 def _name(table: Union[str, Table]) -> str:

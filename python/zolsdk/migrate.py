@@ -3,7 +3,7 @@
 Every entry point takes the two catalogs as attribute strings (or Catalog
 objects) and opens its own connections, so one table, or one key range of a
 table, can be copied and verified from a worker process with nothing but the
-two strings.  Ctrl-C stops a running call at the road's next batch and then
+two strings.  Ctrl-C stops a running call within ``progress_every`` rows and then
 raises KeyboardInterrupt.
 """
 from __future__ import annotations
@@ -37,7 +37,7 @@ class Verification:
 class TableReport:
     table: str
     outcome: str
-    """Verified, Created, Mismatch, Failed, HalfMade or Cancelled."""
+    """verified, created (copied without verifying), mismatch, failed, half_made or cancelled."""
     ok: bool
     rows_read: int
     rows_written: int

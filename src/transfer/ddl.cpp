@@ -77,6 +77,13 @@ void FitIndexes(Engine target, TablePlan& t) {
                                 u" index made as a plain index");
             x.fullText = x.spatial = false;
         }
+        // An Access relationship brings its own index: it comes back with
+        // the foreign key.
+        if (keep && target == Engine::Access && !x.primaryKey) {
+            for (const auto& fk : t.foreignKeys)
+                if (EqualsNoCase(fk.name, x.name)) keep = false;
+            if (!keep) continue;
+        }
         // Access names the key of a table PrimaryKey.
         if (keep && x.primaryKey && target == Engine::Access && x.name == u"PRIMARY") x.name = u"PrimaryKey";
         if (keep && x.primaryKey && target == Engine::Access) {
@@ -114,7 +121,9 @@ std::vector<String> CreateTableSql(Engine e, const TablePlan& t) {
     }
     for (const auto& x : t.indexes) {
         if (x.primaryKey) {
-            if (e == Engine::MySql) sql += u", PRIMARY KEY (" + IndexColumnsSql(e, x) + u")";
+            // The Access provider names every key PrimaryKey itself and wants
+            // constraint names unique in the whole file: the key goes unnamed.
+            if (e == Engine::MySql || e == Engine::Access) sql += u", PRIMARY KEY (" + IndexColumnsSql(e, x) + u")";
             else
                 sql += u", CONSTRAINT " + QuoteName(e, FitName(e == Engine::SqlServer ? u"PK_" + t.name : x.name)) +
                        u" PRIMARY KEY (" + IndexColumnsSql(e, x) + u")";

@@ -2,6 +2,7 @@
 
 #include "transfer/type_map.hpp"
 #include "transfer/values.hpp"
+#include "transfer/xml_schema.hpp"
 
 namespace zolsdk::transfer {
 
@@ -53,7 +54,10 @@ DefaultValue ParseDefault(Engine source, StringView text) {
     DefaultValue d;
     if (source == Engine::Xml) {
         // The file holds the neutral form: "now", "today" or the constant itself.
-        if (text == u"now") d.form = DefaultValue::Now;
+        if (!text.empty() && text.front() == kXmlExpression) {
+            d.form = DefaultValue::Expression;
+            d.value = String(text.substr(1));
+        } else if (text == u"now") d.form = DefaultValue::Now;
         else if (text == u"today") d.form = DefaultValue::Today;
         else d.value = String(text);
         return d;
@@ -120,7 +124,7 @@ std::optional<String> TargetDefault(Engine target, const ColumnPlan& c, const De
         if (target == Engine::Xml) return String(u"today");
         return String(u"(CURRENT_DATE)");
     case DefaultValue::Expression:
-        if (target == Engine::Xml) return d.value;
+        if (target == Engine::Xml) return String(1, kXmlExpression) + d.value;
         return drop(u"an expression of the source engine");
     case DefaultValue::Constant:
         break;

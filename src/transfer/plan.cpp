@@ -59,10 +59,15 @@ void MatchKeyTypes(Engine target, Plan& plan) {
 void PlanColumns(Engine source, Engine target, TablePlan& t) {
     bool sameMySql = source == Engine::MySql && target == Engine::MySql;
     for (auto& c : t.columns) {
-        if (sameMySql && !c.sourceNative.empty()) {
-            c.targetType = c.sourceNative; // the server's own words, character set and ON UPDATE kept
+        // MariaDB's own type words (from MariaDB, or kept in an XML file
+        // written from it) go back to MariaDB as they are, with their
+        // character set and ON UPDATE.
+        bool native = target == Engine::MySql && (source == Engine::MySql || source == Engine::Xml) &&
+                      !c.sourceNative.empty();
+        if (native) {
+            c.targetType = c.sourceNative;
         } else {
-            c.targetExtra.clear();
+            if (target != Engine::Xml) c.targetExtra.clear();
             MapType(target, c, t.changes);
         }
         if (c.sourceDefault) {
@@ -90,11 +95,12 @@ void PlanColumns(Engine source, Engine target, TablePlan& t) {
 }
 
 void PlanTableOptions(Engine source, Engine target, TablePlan& t) {
+    if (target == Engine::Xml) return; // kept in the file for a later MariaDB target
     if (target != Engine::MySql) {
         t.tableOptions.clear();
         return;
     }
-    if (source != Engine::MySql || t.tableOptions.empty()) {
+    if ((source != Engine::MySql && source != Engine::Xml) || t.tableOptions.empty()) {
         // Every character the source can hold (4-byte ones included), and
         // an engine that keeps foreign keys.
         t.tableOptions = u"ENGINE=InnoDB DEFAULT CHARSET=utf8mb4";

@@ -66,6 +66,9 @@ Kind KindNamed(const String& name, Kind fallback) {
 
 std::string Bool(bool b) { return b ? "1" : "0"; }
 
+bool IsExpression(const String& def) { return !def.empty() && def.front() == kXmlExpression; }
+String Bare(const String& def) { return IsExpression(def) ? def.substr(1) : def; }
+
 } // namespace
 
 std::vector<String> XmlTableNames(const String& path) {
@@ -81,6 +84,7 @@ TablePlan ReadXmlTable(const String& path, const String& name) {
     t.name = name;
     auto doc = Load(path);
     auto cols = doc->selectNodes(u"//schema/catalog/columns/column[@table_name=" + XLit(name) + u"]");
+    std::vector<std::pair<int32_t, ColumnPlan>> positions;
     for (int32_t i = 0; i < cols->length(); ++i) {
         auto n = cols->item(i);
         ColumnPlan c;
@@ -96,16 +100,16 @@ TablePlan ReadXmlTable(const String& path, const String& name) {
         c.autoIncrement = Attr(n, u"auto_increment") == u"1";
         c.fixedLength = Attr(n, u"fixed_length") == u"1";
         if (Variant(Attr(n, u"column_hasdefault").empty() ? String(u"0") : Attr(n, u"column_hasdefault")).ToBoolean())
-            c.sourceDefault = Attr(n, u"column_default");
+            c.sourceDefault = (Attr(n, u"default_form") == u"expression" ? String(1, kXmlExpression) : String()) +
+                              Attr(n, u"column_default");
         c.kind = KindNamed(Attr(n, u"kind"), KindOf(0, c.group, u"", c.length));
-        int32_t pos = Num(Attr(n, u"ordinal_position"));
-        c.targetExtra = IntText(pos); // order key, replaced below
-        t.columns.push_back(std::move(c));
+        c.targetExtra = Attr(n, u"native_extra");
+        positions.push_back({Num(Attr(n, u"ordinal_position")), std::move(c)});
     }
-    std::stable_sort(t.columns.begin(), t.columns.end(), [](const ColumnPlan& a, const ColumnPlan& b) {
-        return Variant(a.targetExtra).ToLong() < Variant(b.targetExtra).ToLong();
-    });
-    for (auto& c : t.columns) c.targetExtra.clear();
+    std::stable_sort(positions.begin(), positions.end(), [](auto& a, auto& b) { return a.first < b.first; });
+    for (auto& [pos, c] : positions) t.columns.push_back(std::move(c));
+    if (auto table = doc->selectSingleNode(u"//schema/catalog/tables/table[@table_name=" + XLit(name) + u"]"))
+        t.tableOptions = Attr(table, u"options");
 
     auto idx = doc->selectNodes(u"//schema/catalog/indexes/index[@table_name=" + XLit(name) + u"]");
     for (int32_t i = 0; i < idx->length(); ++i) {
@@ -163,7 +167,9 @@ void WriteXmlSchema(const String& path, const std::vector<TablePlan>& tables) {
     all.insert(all.end(), tables.begin(), tables.end());
 
     std::string out = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<schema><catalog>\n<tables>\n";
-    for (const auto& t : all) out += "  <table table_name=\"" + Esc(t.name) + "\" type=\"TABLE\"/>\n";
+    for (const auto& t : all)
+        out += "  <table table_name=\"" + Esc(t.name) + "\" type=\"TABLE\"" +
+               (t.tableOptions.empty() ? std::string() : " options=\"" + Esc(t.tableOptions) + "\"") + "/>\n";
     out += "</tables>\n<columns>\n";
     for (const auto& t : all) {
         int pos = 0;
@@ -176,12 +182,14 @@ void WriteXmlSchema(const String& path, const std::vector<TablePlan>& tables) {
             out += "  <column table_name=\"" + Esc(t.name) + "\" column_name=\"" + Esc(c.name) +
                    "\" ordinal_position=\"" + std::to_string(++pos) + "\" data_type=\"" +
                    std::to_string(c.group ? c.group : Variant(c.targetType.empty() ? String(u"0") : c.targetType).ToLong()) +
-                   "\" column_hasdefault=\"" + Bool(hasDef) + "\" column_default=\"" + (hasDef ? Esc(*def) : "") +
+                   "\" column_hasdefault=\"" + Bool(hasDef) + "\" column_default=\"" + (hasDef ? Esc(Bare(*def)) : "") +
+                   "\" default_form=\"" + (hasDef && IsExpression(*def) ? "expression" : "constant") +
                    "\" numeric_precision=\"" + (num && c.precision ? std::to_string(c.precision) : "") +
                    "\" numeric_scale=\"" + (c.kind == Kind::Decimal ? std::to_string(c.scale) : "") +
                    "\" character_maximum_length=\"" + (num ? "" : std::to_string(IsLong(c.kind) ? 0 : c.length)) +
                    "\" is_nullable=\"" + Bool(c.nullable) + "\" kind=\"" + KindName(c.kind) + "\" source_type=\"" +
-                   std::to_string(c.sourceType) + "\" native_type=\"" + Esc(c.sourceNative) + "\" auto_increment=\"" +
+                   std::to_string(c.sourceType) + "\" native_type=\"" + Esc(c.sourceNative) + "\" native_extra=\"" + Esc(c.targetExtra) +
+                   "\" auto_increment=\"" +
                    Bool(c.autoIncrement) + "\" fixed_length=\"" + Bool(c.fixedLength) + "\"/>\n";
         }
     }

@@ -7,6 +7,10 @@
 
 namespace zolsdk::transfer {
 
+// A default read from the file that is an expression of its source engine
+// starts with this mark (the file says so in default_form).
+inline constexpr char16_t kXmlExpression = u'\x01';
+
 std::vector<String> XmlTableNames(const String& path);
 TablePlan ReadXmlTable(const String& path, const String& table);
 

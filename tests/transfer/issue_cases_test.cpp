@@ -1,6 +1,8 @@
 // The failures users met with zol migrate, each through zol migrate on the
 // lossless road, the target judged by the mariadb client or by mdbtools.
+#include <chrono>
 #include <fstream>
+#include <unistd.h>
 
 #include "transfer/transfer_fixture.hpp"
 #include "zolsdk/zolsdk.hpp"
@@ -147,4 +149,27 @@ TEST(IssueCases, AwkwardNamesAndFailedTables) {
         EXPECT_TRUE(Has(r.output, "cannot be null")) << r.output;
         EXPECT_EQ(Client("SHOW TABLES LIKE 'stamps'", mine.Name()), keep ? "stamps\n" : "");
     }
+}
+
+// A lock held on the target ends the table's wait in the time given,
+// with the engine's words, instead of a wait without end.
+TEST(IssueCases, LockWaitsAreBounded) {
+    ScratchDb src("tr_lock"), dst("tr_lock_to");
+    src.Run(u"CREATE TABLE t (id INT PRIMARY KEY)");
+    dst.Run(u"CREATE TABLE t (id INT PRIMARY KEY)");
+    std::string port = ToUtf8(Attr(u"port"));
+    std::string holder = "mariadb --protocol=tcp -h" + Q(ToUtf8(Attr(u"dblocation"))) + " -P" +
+                         (port.empty() ? std::string("3306") : port) + " -u" + Q(ToUtf8(Attr(u"username"))) + " -p" +
+                         Q(ToUtf8(Attr(u"password"))) + " " + Q(ToUtf8(dst.Name())) +
+                         " -e 'LOCK TABLES t WRITE; SELECT SLEEP(12)' >/dev/null 2>&1 &";
+    Shell(holder);
+    ::sleep(1);
+    auto start = std::chrono::steady_clock::now();
+    Ran r = Zol({"migrate", "--replace", "--lock-timeout", "2", "--from", MyAttrs(src.Name()), "--to",
+                 MyAttrs(dst.Name())});
+    double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    EXPECT_EQ(r.code, 1) << r.output;
+    EXPECT_TRUE(Has(r.output, "Lock wait timeout exceeded")) << r.output;
+    EXPECT_LT(seconds, 10.0);
+    ::sleep(12); // the holder lets go before the database is dropped
 }
