@@ -13,6 +13,7 @@ PACKAGES=(
   unixodbc unixodbc-dev odbc-mariadb tdsodbc libmariadb-dev
   mariadb-server mariadb-client time bc
   default-jdk-headless maven
+  clang-14 libclang-rt-14-dev mdbtools
 )
 
 missing=()

@@ -1,4 +1,9 @@
 // zol schema: the tables, columns and indexes of a catalog, as its reader sees them.
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+
+#include <filesystem>
+#include <fstream>
 #include <iostream>
 
 #include "commands.hpp"
@@ -17,8 +22,41 @@ const char* GroupName(int32_t g) {
     return g >= 0 && g <= 13 ? names[g] : "?";
 }
 
+// The library reads a missing or broken XML file as a catalog without
+// tables; a person asking for the schema is told what is wrong with the file.
+// "" when the file reads as a schema file.
+std::string XmlFileProblem(const Ref<DbCatalog>& cat) {
+    if (LCase(cat->DBProperty(u"dbtype")) != u"msxml") return {};
+    std::string location = ToUtf8(cat->DBProperty(u"dblocation"));
+    for (char& c : location)
+        if (c == '\\') c = '/';
+    const std::filesystem::path path = std::filesystem::path(location) / ToUtf8(cat->DBProperty(u"dbname"));
+    std::error_code ec;
+    if (!std::filesystem::exists(path, ec)) return "the XML file " + path.string() + " is missing";
+    if (std::filesystem::is_directory(path, ec)) return path.string() + " is a folder, not an XML file";
+    if (!std::ifstream(path).good()) return "the XML file " + path.string() + " cannot be read";
+    xmlDocPtr doc = xmlReadFile(path.c_str(), nullptr, XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING);
+    if (!doc) {
+        const xmlError* e = xmlGetLastError();
+        std::string why = e && e->message ? e->message : "not well-formed";
+        while (!why.empty() && why.back() == '\n') why.pop_back();
+        return "the XML file " + path.string() + " is broken (line " + std::to_string(e ? e->line : 0) + ": " + why + ")";
+    }
+    const xmlNode* root = xmlDocGetRootElement(doc);
+    bool schema = root && xmlStrEqual(root->name, BAD_CAST "schema");
+    bool catalog = false;
+    for (const xmlNode* n = schema ? root->children : nullptr; n; n = n->next)
+        catalog = catalog || (n->type == XML_ELEMENT_NODE && xmlStrEqual(n->name, BAD_CAST "catalog"));
+    xmlFreeDoc(doc);
+    if (!catalog) return "the XML file " + path.string() + " holds no schema (no <schema><catalog> element)";
+    return {};
+}
 int PrintSchema(const std::string& attrs, std::ostream& out) {
     auto cat = OpenCatalog(attrs);
+    if (const std::string problem = XmlFileProblem(cat); !problem.empty()) {
+        std::cerr << "zol: " << problem << "\n";
+        return 1;
+    }
     auto tables = cat->Tables();
     out << "catalog " << ToUtf8(cat->Name()) << " (" << ToUtf8(cat->CatalogType()) << "): " << tables->Count()
         << " tables\n";
