@@ -11,4 +11,12 @@ String FactoryAttributeValue(StringView attributes, StringView key);
 // The sessions' reader: looks for "key=" first, then "key ", then gives up.
 String SessionAttributeValue(StringView attributes, StringView key);
 
+// Refuses (platform failure 5) a value of `key` that the readers above
+// would hand out shortened without a word: one that holds a second "="
+// (the reader stops there), a character 0 (C text stops there), or one
+// followed by a piece without "=" (a ";" inside the value, where the
+// reader stopped). The readers themselves keep their documented results;
+// the sessions call this before a name or password goes to an engine.
+void CheckWholeAttribute(StringView attributes, StringView key);
+
 } // namespace zolsdk

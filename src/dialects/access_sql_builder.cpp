@@ -5,13 +5,23 @@
 
 namespace zolsdk {
 
-DialectTraits DbMsAccessSQLBuilder::AccessTraits(const char16_t* className) {
+DialectTraits DbMsAccessSQLBuilder::AccessTraits(const char16_t* className, bool jetNames) {
     return DialectTraits{
-        className, u"[", u"]", u"'", false, u" #", u"# ", false, u"#12/30/1899 ", u"#", u"-1", u"0", true,
+        .className = className,
+        .nameQuotes = kBracketQuotes,
+        .jetNames = jetNames,
+        .stringOpen = u"'",
+        .dateOpen = u" #",
+        .dateClose = u"# ",
+        .timeOpen = u"#12/30/1899 ",
+        .timeClose = u"#",
+        .boolTrue = u"-1",
+        .boolFalse = u"0",
+        .modBitTest = true,
     };
 }
 
-DbMsAccessSQLBuilder::DbMsAccessSQLBuilder() : DbMsSqlSQLBuilder(AccessTraits(u"DbMsAccessSQLBuilder")) {}
+DbMsAccessSQLBuilder::DbMsAccessSQLBuilder() : DbMsSqlSQLBuilder(AccessTraits(u"DbMsAccessSQLBuilder", true)) {}
 
 String DbMsAccessSQLBuilder::ColumnTypeSql(int32_t group, int32_t, int32_t precision, int32_t scale,
                                            int32_t maxLength) {
@@ -48,7 +58,7 @@ String DbMsAccessSQLBuilder::AddColumnSql(const String& psTableName, const Strin
     ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_AddColumnSql");
     try {
         ZOL_LN;
-        return u" ALTER TABLE " + psTableName + u" " + AddedColumns(psColumns);
+        return u" ALTER TABLE " + Bare(psTableName, u"The table name") + u" " + AddedColumns(psColumns);
     }
     ZOL_RERAISE
 }
@@ -58,9 +68,10 @@ String DbMsAccessSQLBuilder::DropColumnSql(const String& psTableName, const Stri
     try {
         String text;
         ZOL_LN;
-        for (const String& name : Split(psColumns, u",")) text += u", DROP COLUMN " + name;
+        for (const String& name : Split(psColumns, u",")) text += u", DROP COLUMN " + Bare(name, u"The column name");
         if (!text.empty()) text.erase(0, 1);
-        return u"ALTER TABLE [" + psTableName + u"]" + text;
+        ZOL_LN;
+        return u"ALTER TABLE " + Quoted(psTableName) + text;
     }
     ZOL_RERAISE
 }

@@ -24,8 +24,9 @@ public:
 
 protected:
     explicit DbMsAccessSQLBuilder(const DialectTraits& traits) : DbMsSqlSQLBuilder(traits) {}
-    // The literal pieces of this engine under another class name.
-    static DialectTraits AccessTraits(const char16_t* className);
+    // The literal pieces of this engine under another class name; the XML
+    // file holds any name, Jet does not.
+    static DialectTraits AccessTraits(const char16_t* className, bool jetNames);
 };
 
 } // namespace zolsdk

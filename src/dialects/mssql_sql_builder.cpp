@@ -10,19 +10,16 @@ namespace zolsdk {
 namespace {
 
 const DialectTraits kMsSqlTraits{
-    u"DbMsSqlSQLBuilder", u"[", u"]", u"N'", false, u" '", u"' ", false, u"'12/30/1899 ", u"'", u"1", u"0", false,
+    .className = u"DbMsSqlSQLBuilder",
+    .nameQuotes = kBracketQuotes,
+    .stringOpen = u"N'",
+    .dateOpen = u" '",
+    .dateClose = u"' ",
+    .timeOpen = u"'12/30/1899 ",
+    .timeClose = u"'",
+    .boolTrue = u"1",
+    .boolFalse = u"0",
 };
-
-// Brackets every name of an index column list; a primary key takes no
-// direction words, other indexes get ASC and DESC for the marks.
-String IndexColumns(const String& columns, bool primaryKey) {
-    String s = ReplaceAll(columns, u"<", u"]<");
-    s = ReplaceAll(s, u">", u"]>");
-    s = ReplaceAll(s, u",", u",[");
-    s = u"[" + s;
-    if (primaryKey) return ReplaceAll(ReplaceAll(s, u"<", u""), u">", u"");
-    return ReplaceAll(ReplaceAll(s, u"<", u" ASC"), u">", u" DESC");
-}
 
 } // namespace
 
@@ -63,16 +60,15 @@ String DbMsSqlSQLBuilder::CreateTableSql(const String& psTableName, const String
         for (const String& row : Split(psColumns, u";", true)) {
             ZOL_LN;
             const ColumnRow c = ReadColumnRow(row);
-            columns += u", [" + c.name + u"]" + u" " +
+            columns += u", " + Quoted(c.name) + u" " +
                        ColumnTypeSql(c.group, c.dataType, c.precision, c.scale, c.maxLength) + NullMark(c.nullable);
         }
         if (!columns.empty()) columns.erase(0, 1);
-        return u" CREATE TABLE [" + psTableName + u"] ( " + columns + u" )";
+        ZOL_LN;
+        return u" CREATE TABLE " + Quoted(psTableName) + u" ( " + columns + u" )";
     }
     ZOL_RERAISE
 }
-
-String DbMsSqlSQLBuilder::DropTableSql(const String& psTableName) { return u"DROP TABLE [" + psTableName + u"]"; }
 
 String DbMsSqlSQLBuilder::CreateIndexSql(const String& psIndexName, const String& psTableName,
                                          const String& psIdxColumns, int32_t plFlagBitMask) {
@@ -80,15 +76,17 @@ String DbMsSqlSQLBuilder::CreateIndexSql(const String& psIndexName, const String
     try {
         ZOL_LN;
         const bool primaryKey = (plFlagBitMask & 1) != 0;
-        const String list = IndexColumns(psIdxColumns, primaryKey);
+        const String list = IndexColumnList(psIdxColumns, !primaryKey);
         String head;
+        ZOL_LN;
+        const String& table = Bare(psTableName, u"The table name");
         if (primaryKey) {
             // The constraint is named after the table, not after the index.
-            head = u" ALTER TABLE " + psTableName + u" ADD CONSTRAINT [idx_" + psTableName + u"] PRIMARY KEY ";
+            head = u" ALTER TABLE " + table + u" ADD CONSTRAINT [idx_" + Escaped(psTableName) + u"] PRIMARY KEY ";
         } else {
             head = u" CREATE ";
             if (plFlagBitMask & 2) head += u" UNIQUE ";
-            head += u" INDEX [" + psIndexName + u"] ON " + psTableName;
+            head += u" INDEX " + Quoted(psIndexName) + u" ON " + table;
         }
         return head + u" (" + list + u")";
     }
@@ -97,14 +95,14 @@ String DbMsSqlSQLBuilder::CreateIndexSql(const String& psIndexName, const String
 
 String DbMsSqlSQLBuilder::DropIndexSql(const String& psIndexName, const String& psTableName,
                                        int32_t plFlagBitMask) {
-    if (plFlagBitMask & 1) return u" ALTER TABLE [" + psTableName + u"] DROP PRIMARY KEY ";
-    return u" DROP INDEX [" + psIndexName + u"] ON " + psTableName;
+    if (plFlagBitMask & 1) return u" ALTER TABLE " + Quoted(psTableName) + u" DROP PRIMARY KEY ";
+    return u" DROP INDEX " + Quoted(psIndexName) + u" ON " + Bare(psTableName, u"The table name");
 }
 
 String DbMsSqlSQLBuilder::SelectText(const String& psTableName, const String& psColumnSet,
                                      const String& psFilter) const {
-    String s = psColumnSet.empty() ? u"SELECT * FROM [" + psTableName + u"]"
-                                   : u"SELECT " + psColumnSet + u" FROM [" + psTableName + u"]";
+    String s = psColumnSet.empty() ? u"SELECT * FROM " + Quoted(psTableName)
+                                   : u"SELECT " + psColumnSet + u" FROM " + Quoted(psTableName);
     if (!psFilter.empty()) s += u" WHERE " + psFilter;
     return s;
 }
@@ -130,20 +128,6 @@ String DbMsSqlSQLBuilder::SelectByAttributeSql(const String& psTableName, const 
     ZOL_RERAISE
 }
 
-String DbMsSqlSQLBuilder::InsertSql(const String& psTableName, const String& psColumnSet, const String& psValue,
-                                    const String& psBlobValueSubstibute) {
-    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_InsertSql");
-    try {
-        if (psColumnSet.empty()) return {};
-        ZOL_LN;
-        const std::vector<TypedColumn> columns = ReadColumnSet(psColumnSet);
-        ZOL_LN;
-        const String values = ValueList(columns, psValue, psBlobValueSubstibute);
-        return u"INSERT INTO [" + psTableName + u"] (" + ColumnList(columns) + u") VALUES (" + values + u")";
-    }
-    ZOL_RERAISE
-}
-
 String DbMsSqlSQLBuilder::BulkInsertSql(const String& psTableName, const String& psColumnSet,
                                         const String& psValue, const String& psBlobValueSubstibute) {
     ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_BulkInsertSql");
@@ -152,7 +136,7 @@ String DbMsSqlSQLBuilder::BulkInsertSql(const String& psTableName, const String&
         ZOL_LN;
         const std::vector<TypedColumn> columns = ReadColumnSet(psColumnSet);
         CStringBuilder sql;
-        sql.Append(u" INSERT INTO [").Append(psTableName).Append(u"] (").Append(ColumnList(columns)).Append(u") ");
+        sql.Append(u" INSERT INTO ").Append(Quoted(psTableName)).Append(u" (").Append(ColumnList(columns)).Append(u") ");
         bool first = true;
         ZOL_LN;
         for (const String& values : BulkRows(columns, psValue, psBlobValueSubstibute)) {
@@ -166,54 +150,12 @@ String DbMsSqlSQLBuilder::BulkInsertSql(const String& psTableName, const String&
     ZOL_RERAISE
 }
 
-String DbMsSqlSQLBuilder::UpdateText(const String& psTableName, const String& psColumnSet, const String& psValue,
-                                     const String& psBlobValueSubstibute) {
-    return u" UPDATE [" + psTableName + u"] SET " + Assignments(psColumnSet, psValue, psBlobValueSubstibute);
+String DbMsSqlSQLBuilder::CreateDBSql(const String& psDatabaseName) {
+    return u"CREATE DATABASE " + Bare(psDatabaseName, u"The database name");
 }
 
-String DbMsSqlSQLBuilder::UpdateSql(const String& psTableName, const String& psColumnSet, const String& psValue,
-                                    const String& psBlobValueSubstibute) {
-    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_UpdateSql");
-    try {
-        ZOL_LN;
-        return UpdateText(psTableName, psColumnSet, psValue, psBlobValueSubstibute);
-    }
-    ZOL_RERAISE
-}
-
-String DbMsSqlSQLBuilder::UpdateByAttributeSql(const String& psTableName, const String& psColumnSet,
-                                               const String& psValue, const String& psBlobValueSubstibute,
-                                               const String& psAttributes, const String& psAttributeValue) {
-    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_UpdateByAttributeSql");
-    try {
-        ZOL_LN;
-        String filter = AttributeFilter(psAttributes, psAttributeValue, psBlobValueSubstibute);
-        if (!psAttributes.empty()) filter = u" WHERE " + filter;
-        ZOL_LN;
-        return UpdateText(psTableName, psColumnSet, psValue, psBlobValueSubstibute) + filter;
-    }
-    ZOL_RERAISE
-}
-
-String DbMsSqlSQLBuilder::DeleteSql(const String& psTableName) { return u"DELETE FROM [" + psTableName + u"]"; }
-
-String DbMsSqlSQLBuilder::CreateDBSql(const String& psDatabaseName) { return u"CREATE DATABASE " + psDatabaseName; }
-
-String DbMsSqlSQLBuilder::DropDBSql(const String& psDatabaseName) { return u"DROP DATABASE " + psDatabaseName; }
-
-String DbMsSqlSQLBuilder::AlterColumnSql(const String& psTableName, const String& psColumnDetail) {
-    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_AlterColumnSql");
-    try {
-        String change;
-        if (!psColumnDetail.empty()) {
-            ZOL_LN;
-            const ColumnRow c = ReadColumnRow(psColumnDetail);
-            change = u"ALTER COLUMN [" + c.name + u"]" + u" " +
-                     ColumnTypeSql(c.group, c.dataType, c.precision, c.scale, c.maxLength) + NullMark(c.nullable);
-        }
-        return u" ALTER TABLE [" + psTableName + u"] " + change;
-    }
-    ZOL_RERAISE
+String DbMsSqlSQLBuilder::DropDBSql(const String& psDatabaseName) {
+    return u"DROP DATABASE " + Bare(psDatabaseName, u"The database name");
 }
 
 String DbMsSqlSQLBuilder::AddedColumns(const String& psColumns) {
@@ -221,7 +163,7 @@ String DbMsSqlSQLBuilder::AddedColumns(const String& psColumns) {
     for (const String& row : Split(psColumns, u";", true)) {
         const ColumnRow c = ReadColumnRow(row);
         // No blank between the name and its type here.
-        text += u", ADD [" + c.name + u"]" + ColumnTypeSql(c.group, c.dataType, c.precision, c.scale, c.maxLength) +
+        text += u", ADD " + Quoted(c.name) + ColumnTypeSql(c.group, c.dataType, c.precision, c.scale, c.maxLength) +
                 NullMark(c.nullable);
     }
     if (!text.empty()) text.erase(0, 1);
@@ -232,7 +174,7 @@ String DbMsSqlSQLBuilder::AddColumnSql(const String& psTableName, const String& 
     ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_AddColumnSql");
     try {
         ZOL_LN;
-        return u" ALTER TABLE [" + psTableName + u"] " + AddedColumns(psColumns);
+        return u" ALTER TABLE " + Quoted(psTableName) + u" " + AddedColumns(psColumns);
     }
     ZOL_RERAISE
 }
@@ -242,15 +184,12 @@ String DbMsSqlSQLBuilder::DropColumnSql(const String& psTableName, const String&
     try {
         String text;
         ZOL_LN;
-        for (const String& name : Split(psColumns, u",")) text += u", DROP COLUMN [" + name + u"]";
+        for (const String& name : Split(psColumns, u",")) text += u", DROP COLUMN " + Quoted(name);
         if (!text.empty()) text.erase(0, 1);
-        return u"ALTER TABLE [" + psTableName + u"]" + text;
+        ZOL_LN;
+        return u"ALTER TABLE " + Quoted(psTableName) + text;
     }
     ZOL_RERAISE
-}
-
-String DbMsSqlSQLBuilder::CountSql(const String& psTableName) {
-    return u"SELECT COUNT(*) FROM [" + psTableName + u"]";
 }
 
 } // namespace zolsdk

@@ -13,29 +13,18 @@ public:
     String CommandDelimiter() override { return u"go"; }
     String InlineCommentDelimiter() override { return u"#"; }
     String CreateTableSql(const String& psTableName, const String& psColumns, const String& psIndexes) override;
-    String DropTableSql(const String& psTableName) override;
     String CreateIndexSql(const String& psIndexName, const String& psTableName, const String& psIdxColumns,
                           int32_t plFlagBitMask) override;
     String DropIndexSql(const String& psIndexName, const String& psTableName, int32_t plFlagBitMask) override;
     String SelectSql(const String& psTableName, const String& psColumnSet, const String& psFilter) override;
     String SelectByAttributeSql(const String& psTableName, const String& psColumnSet, const String& psAttributes,
                                 const String& psAttributeValue) override;
-    String InsertSql(const String& psTableName, const String& psColumnSet, const String& psValue,
-                     const String& psBlobValueSubstibute) override;
     String BulkInsertSql(const String& psTableName, const String& psColumnSet, const String& psValue,
                          const String& psBlobValueSubstibute) override;
-    String UpdateSql(const String& psTableName, const String& psColumnSet, const String& psValue,
-                     const String& psBlobValueSubstibute) override;
-    String UpdateByAttributeSql(const String& psTableName, const String& psColumnSet, const String& psValue,
-                                const String& psBlobValueSubstibute, const String& psAttributes,
-                                const String& psAttributeValue) override;
-    String DeleteSql(const String& psTableName) override;
     String CreateDBSql(const String& psDatabaseName) override;
     String DropDBSql(const String& psDatabaseName) override;
-    String AlterColumnSql(const String& psTableName, const String& psColumnDetail) override;
     String AddColumnSql(const String& psTableName, const String& psColumns) override;
     String DropColumnSql(const String& psTableName, const String& psColumns) override;
-    String CountSql(const String& psTableName) override;
 
     String ColumnTypeSql(int32_t group, int32_t dataType, int32_t precision, int32_t scale,
                          int32_t maxLength) override;
@@ -49,8 +38,6 @@ protected:
     // derived dialect that words one operation differently still composes
     // the others from these.
     String SelectText(const String& psTableName, const String& psColumnSet, const String& psFilter) const;
-    String UpdateText(const String& psTableName, const String& psColumnSet, const String& psValue,
-                      const String& psBlobValueSubstibute);
 };
 
 } // namespace zolsdk

@@ -12,21 +12,18 @@ namespace zolsdk {
 namespace {
 
 const DialectTraits kMySqlTraits{
-    u"DbMySqlSQLBuilder", u"`", u"`", u"'", true, u" '", u"' ", true, u"'1899-12-30 ", u"'", u"1", u"0", false,
+    .className = u"DbMySqlSQLBuilder",
+    .nameQuotes = kBacktickQuotes,
+    .stringOpen = u"'",
+    .doubleBackslash = true,
+    .dateOpen = u" '",
+    .dateClose = u"' ",
+    .yearFirst = true,
+    .timeOpen = u"'1899-12-30 ",
+    .timeClose = u"'",
+    .boolTrue = u"1",
+    .boolFalse = u"0",
 };
-
-// Back-quotes every name of an index column list, leaving the direction
-// marks "<" and ">" behind each name for the caller to word.
-String QuoteIndexColumns(const String& columns) {
-    String s = ReplaceAll(columns, u"<", u"`<");
-    s = ReplaceAll(s, u">", u"`>");
-    s = ReplaceAll(s, u",", u",`");
-    return u"`" + s;
-}
-
-String WordDirections(const String& quoted) {
-    return ReplaceAll(ReplaceAll(quoted, u"<", u" ASC"), u">", u" DESC");
-}
 
 } // namespace
 
@@ -67,7 +64,7 @@ String DbMySqlSQLBuilder::ColumnTypeSql(int32_t group, int32_t, int32_t precisio
 }
 
 String DbMySqlSQLBuilder::ColumnDefinition(const ColumnRow& c) {
-    return u"`" + c.name + u"`" + ColumnTypeSql(c.group, c.dataType, c.precision, c.scale, c.maxLength) +
+    return Quoted(c.name) + ColumnTypeSql(c.group, c.dataType, c.precision, c.scale, c.maxLength) +
            NullMark(c.nullable);
 }
 
@@ -89,39 +86,38 @@ String DbMySqlSQLBuilder::CreateTableSql(const String& psTableName, const String
             ZOL_LN;
             const std::vector<String> parts = Split(row, u"|");
             const std::vector<String> index = Split(Field(parts, 0), u",");
-            const String list = WordDirections(QuoteIndexColumns(Field(parts, 1)));
+            const String list = IndexColumnList(Field(parts, 1), true);
             ZOL_LN;
             if (FieldBool(index, 2))
                 indexes += u", PRIMARY KEY (" + list + u")";
             else if (FieldBool(index, 3))
-                indexes += u", UNIQUE INDEX `" + Field(index, 1) + u"` (" + list + u")";
+                indexes += u", UNIQUE INDEX " + Quoted(Field(index, 1)) + u" (" + list + u")";
             else
-                indexes += u", INDEX `" + Field(index, 1) + u"` (" + list + u")";
+                indexes += u", INDEX " + Quoted(Field(index, 1)) + u" (" + list + u")";
         }
-        return u" CREATE TABLE `" + psTableName + u"` ( " + columns + indexes +
+        ZOL_LN;
+        return u" CREATE TABLE " + Quoted(psTableName) + u" ( " + columns + indexes +
                u" ) ENGINE = MyISAM CHARACTER SET 'utf8' COLLATE 'utf8_general_ci' ";
     }
     ZOL_RERAISE
 }
-
-String DbMySqlSQLBuilder::DropTableSql(const String& psTableName) { return u"DROP TABLE `" + psTableName + u"`"; }
 
 String DbMySqlSQLBuilder::CreateIndexSql(const String& psIndexName, const String& psTableName,
                                          const String& psIdxColumns, int32_t plFlagBitMask) {
     ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_CreateIndexSql");
     try {
         ZOL_LN;
-        String list = QuoteIndexColumns(psIdxColumns);
+        // A primary key takes no direction words here.
+        const bool primaryKey = (plFlagBitMask & 1) != 0;
+        const String list = IndexColumnList(psIdxColumns, !primaryKey);
         String head;
-        if (plFlagBitMask & 1) {
-            // A primary key takes no direction words here.
-            head = u" ALTER TABLE " + psTableName + u" ADD CONSTRAINT PRIMARY KEY ";
-            list = ReplaceAll(ReplaceAll(list, u"<", u""), u">", u"");
+        ZOL_LN;
+        if (primaryKey) {
+            head = u" ALTER TABLE " + Bare(psTableName, u"The table name") + u" ADD CONSTRAINT PRIMARY KEY ";
         } else {
             head = u" CREATE ";
             if (plFlagBitMask & 2) head += u" UNIQUE ";
-            head += u" INDEX `" + psIndexName + u"` ON " + psTableName;
-            list = WordDirections(list);
+            head += u" INDEX " + Quoted(psIndexName) + u" ON " + Bare(psTableName, u"The table name");
         }
         return head + u" (" + list + u")";
     }
@@ -130,8 +126,8 @@ String DbMySqlSQLBuilder::CreateIndexSql(const String& psIndexName, const String
 
 String DbMySqlSQLBuilder::DropIndexSql(const String& psIndexName, const String& psTableName,
                                        int32_t plFlagBitMask) {
-    if (plFlagBitMask & 1) return u" ALTER TABLE `" + psTableName + u"` DROP PRIMARY KEY ";
-    return u" DROP INDEX `" + psIndexName + u"` ON `" + psTableName + u"`";
+    if (plFlagBitMask & 1) return u" ALTER TABLE " + Quoted(psTableName) + u" DROP PRIMARY KEY ";
+    return u" DROP INDEX " + Quoted(psIndexName) + u" ON " + Quoted(psTableName);
 }
 
 String DbMySqlSQLBuilder::SelectSql(const String& psTableName, const String& psColumnSet, const String& psFilter) {
@@ -142,9 +138,9 @@ String DbMySqlSQLBuilder::SelectSql(const String& psTableName, const String& psC
         if (!psColumnSet.empty()) {
             // Callers may bracket their names for any engine.
             const String set = ReplaceAll(ReplaceAll(psColumnSet, u"[", u"`"), u"]", u"`");
-            s = u"SELECT " + set + u" FROM `" + psTableName + u"`";
+            s = u"SELECT " + set + u" FROM " + Quoted(psTableName);
         } else {
-            s = u"SELECT * FROM `" + psTableName + u"`";
+            s = u"SELECT * FROM " + Quoted(psTableName);
         }
         if (!psFilter.empty()) s += u" WHERE " + psFilter;
         return s;
@@ -165,20 +161,6 @@ String DbMySqlSQLBuilder::SelectByAttributeSql(const String& psTableName, const 
     ZOL_RERAISE
 }
 
-String DbMySqlSQLBuilder::InsertSql(const String& psTableName, const String& psColumnSet, const String& psValue,
-                                    const String& psBlobValueSubstibute) {
-    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_InsertSql");
-    try {
-        if (psColumnSet.empty()) return {};
-        ZOL_LN;
-        const std::vector<TypedColumn> columns = ReadColumnSet(psColumnSet);
-        ZOL_LN;
-        const String values = ValueList(columns, psValue, psBlobValueSubstibute);
-        return u"INSERT INTO `" + psTableName + u"` (" + ColumnList(columns) + u") VALUES (" + values + u")";
-    }
-    ZOL_RERAISE
-}
-
 String DbMySqlSQLBuilder::BulkInsertSql(const String& psTableName, const String& psColumnSet,
                                         const String& psValue, const String& psBlobValueSubstibute) {
     ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_BulkInsertSql");
@@ -188,7 +170,7 @@ String DbMySqlSQLBuilder::BulkInsertSql(const String& psTableName, const String&
         const std::vector<TypedColumn> columns = ReadColumnSet(psColumnSet);
         // The one statement that grows with the data.
         CStringBuilder sql;
-        sql.Append(u" INSERT INTO `").Append(psTableName).Append(u"` (").Append(ColumnList(columns));
+        sql.Append(u" INSERT INTO ").Append(Quoted(psTableName)).Append(u" (").Append(ColumnList(columns));
         sql.Append(u") VALUES ");
         bool first = true;
         ZOL_LN;
@@ -202,55 +184,13 @@ String DbMySqlSQLBuilder::BulkInsertSql(const String& psTableName, const String&
     ZOL_RERAISE
 }
 
-String DbMySqlSQLBuilder::UpdateSql(const String& psTableName, const String& psColumnSet, const String& psValue,
-                                    const String& psBlobValueSubstibute) {
-    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_UpdateSql");
-    try {
-        ZOL_LN;
-        return u" UPDATE `" + psTableName + u"` SET " + Assignments(psColumnSet, psValue, psBlobValueSubstibute);
-    }
-    ZOL_RERAISE
-}
-
-String DbMySqlSQLBuilder::UpdateByAttributeSql(const String& psTableName, const String& psColumnSet,
-                                               const String& psValue, const String& psBlobValueSubstibute,
-                                               const String& psAttributes, const String& psAttributeValue) {
-    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_UpdateByAttributeSql");
-    try {
-        ZOL_LN;
-        String filter = AttributeFilter(psAttributes, psAttributeValue, psBlobValueSubstibute);
-        if (!psAttributes.empty()) filter = u" WHERE " + filter;
-        ZOL_LN;
-        return UpdateSql(psTableName, psColumnSet, psValue, psBlobValueSubstibute) + filter;
-    }
-    ZOL_RERAISE
-}
-
-String DbMySqlSQLBuilder::DeleteSql(const String& psTableName) { return u"DELETE FROM `" + psTableName + u"`"; }
-
 String DbMySqlSQLBuilder::CreateDBSql(const String& psDatabaseName) {
-    return u"CREATE DATABASE IF NOT EXISTS `" + psDatabaseName +
-           u"` DEFAULT CHARACTER SET 'utf8' DEFAULT COLLATE 'utf8_general_ci' ";
+    return u"CREATE DATABASE IF NOT EXISTS " + Quoted(psDatabaseName) +
+           u" DEFAULT CHARACTER SET 'utf8' DEFAULT COLLATE 'utf8_general_ci' ";
 }
 
 String DbMySqlSQLBuilder::DropDBSql(const String& psDatabaseName) {
-    return u"DROP DATABASE IF EXISTS `" + psDatabaseName + u"`";
-}
-
-String DbMySqlSQLBuilder::AlterColumnSql(const String& psTableName, const String& psColumnDetail) {
-    ZOL_DIALECT_ROUTINE(u"IDbSqlBuilder_AlterColumnSql");
-    try {
-        String change;
-        if (!psColumnDetail.empty()) {
-            ZOL_LN;
-            const ColumnRow c = ReadColumnRow(psColumnDetail);
-            // The one definition with a blank between name and type.
-            change = u"ALTER COLUMN `" + c.name + u"`" + u" " +
-                     ColumnTypeSql(c.group, c.dataType, c.precision, c.scale, c.maxLength) + NullMark(c.nullable);
-        }
-        return u" ALTER TABLE `" + psTableName + u"` " + change;
-    }
-    ZOL_RERAISE
+    return u"DROP DATABASE IF EXISTS " + Quoted(psDatabaseName);
 }
 
 String DbMySqlSQLBuilder::AddColumnSql(const String& psTableName, const String& psColumns) {
@@ -263,7 +203,8 @@ String DbMySqlSQLBuilder::AddColumnSql(const String& psTableName, const String& 
             text += u", ADD COLUMN " + ColumnDefinition(ReadColumnRow(row));
         }
         if (!text.empty()) text.erase(0, 1);
-        return u" ALTER TABLE " + psTableName + u" " + text;
+        ZOL_LN;
+        return u" ALTER TABLE " + Bare(psTableName, u"The table name") + u" " + text;
     }
     ZOL_RERAISE
 }
@@ -273,15 +214,12 @@ String DbMySqlSQLBuilder::DropColumnSql(const String& psTableName, const String&
     try {
         String text;
         ZOL_LN;
-        for (const String& name : Split(psColumns, u",")) text += u", DROP COLUMN " + name;
+        for (const String& name : Split(psColumns, u",")) text += u", DROP COLUMN " + Bare(name, u"The column name");
         if (!text.empty()) text.erase(0, 1);
-        return u"ALTER TABLE `" + psTableName + u"`" + text;
+        ZOL_LN;
+        return u"ALTER TABLE " + Quoted(psTableName) + text;
     }
     ZOL_RERAISE
-}
-
-String DbMySqlSQLBuilder::CountSql(const String& psTableName) {
-    return u"SELECT COUNT(*) FROM `" + psTableName + u"`";
 }
 
 String DbMySqlSQLBuilder::HexCodeStr(const String& text) {

@@ -1,32 +1,36 @@
 #pragma once
 // What the four SQL dialects have in common: the grammars of the delimited
-// texts that cross from the catalog, the rendering of encoded values as
-// literals, and the criteria routines. An engine supplies its pieces (name
-// quotes, literal forms, the bit test of integer flags) as a DialectTraits
-// and writes its own statements in its own class.
+// texts that cross from the catalog (dialect_grammar.cpp), the rendering of
+// encoded values as literals (value_rendering.cpp), the criteria routines
+// (criteria.cpp, relative_dates.cpp), and the statements that every engine
+// words alike but for its quotes (sql_dialect.cpp). An engine supplies its
+// pieces as a DialectTraits and writes the statements that differ in its own
+// class.
 #include <cstdint>
 #include <vector>
 
 #include "data/codecs.hpp"
+#include "dialects/name_quoting.hpp"
+#include "platform/failure_chain.hpp"
 #include "zolsdk/dialects/sql_builder.hpp"
 #include "zolsdk/schema/enums.hpp"
 
 namespace zolsdk {
 
 struct DialectTraits {
-    const char16_t* className;   // head of every trace line
-    const char16_t* nameOpen;    // "`" or "["
-    const char16_t* nameClose;   // "`" or "]"
-    const char16_t* stringOpen;  // "'" or "N'"; the closing quote is always "'"
-    bool doubleBackslash;        // the engine reads "\" as an escape
-    const char16_t* dateOpen;    // around date and date-time literals, blanks included
-    const char16_t* dateClose;
-    bool yearFirst;              // yyyy-mm-dd, otherwise mm/dd/yyyy
-    const char16_t* timeOpen;    // a time stands on the base date 1899-12-30
-    const char16_t* timeClose;
-    const char16_t* boolTrue;
-    const char16_t* boolFalse;
-    bool modBitTest;             // no "&" operator: flags are tested by integer division and mod 2
+    const char16_t* className = nullptr; // head of every trace line
+    NameQuotes nameQuotes = kBracketQuotes;
+    bool jetNames = false;               // names that Jet cannot hold are refused
+    const char16_t* stringOpen = u"'";   // "'" or "N'"; the closing quote is always "'"
+    bool doubleBackslash = false;        // the engine reads "\\" as an escape
+    const char16_t* dateOpen = nullptr;  // around date and date-time literals, blanks included
+    const char16_t* dateClose = nullptr;
+    bool yearFirst = false;              // yyyy-mm-dd, otherwise mm/dd/yyyy
+    const char16_t* timeOpen = nullptr;  // a time stands on the base date 1899-12-30
+    const char16_t* timeClose = nullptr;
+    const char16_t* boolTrue = u"1";
+    const char16_t* boolFalse = u"0";
+    bool modBitTest = false;             // no "&" operator: flags are tested by integer division and mod 2
 };
 
 // One item of a typed column set: the group from the two leading digits,
@@ -53,6 +57,19 @@ public:
     String BlockCommentDelimiter() override { return {}; }
     String CreateKeySql() override { return {}; }
     String DropKeySql() override { return {}; }
+
+    // The statements that every engine words alike, but for its quotes.
+    String InsertSql(const String& psTableName, const String& psColumnSet, const String& psValue,
+                     const String& psBlobValueSubstibute) override;
+    String UpdateSql(const String& psTableName, const String& psColumnSet, const String& psValue,
+                     const String& psBlobValueSubstibute) override;
+    String UpdateByAttributeSql(const String& psTableName, const String& psColumnSet, const String& psValue,
+                                const String& psBlobValueSubstibute, const String& psAttributes,
+                                const String& psAttributeValue) override;
+    String AlterColumnSql(const String& psTableName, const String& psColumnDetail) override;
+    String DeleteSql(const String& psTableName) override;
+    String DropTableSql(const String& psTableName) override;
+    String CountSql(const String& psTableName) override;
 
     String CriteriaClause(const String& Alias, const String& psColumn, int32_t plDataType, int32_t plOperator,
                           const String& psValue) override;
@@ -88,8 +105,16 @@ public:
 protected:
     explicit DbSqlDialect(const DialectTraits& traits) : traits_(traits) {}
 
-    // The name between the engine's quotes.
+    // The name between the engine's quotes, a closing quote inside it doubled.
     String Quoted(const String& name) const;
+    // A name in a place that the statement writes without quotes; refused
+    // unless it is one word or already quoted whole. `what` names it.
+    const String& Bare(const String& name, const char16_t* what) const;
+    // What stands between the quotes when a statement writes them itself.
+    String Escaped(const String& name) const;
+    // The integer text of groups 3 and 4, which goes into the statement as it
+    // stands: refused unless it is a number.
+    static const String& CheckedNumber(const String& value, bool list);
     static String NullMark(bool nullable) { return nullable ? u" NULL " : u" NOT NULL "; }
 
     // Grammars of the delimited texts.
@@ -101,6 +126,9 @@ protected:
     // "%" and the hexadecimal code of ";": the mark between rows of a bulk insert.
     static String RowMark();
 
+    // An index column list ("a<,b>") with each name quoted: " ASC" and " DESC"
+    // for the marks with `directions`, the marks dropped without.
+    String IndexColumnList(const String& columns, bool directions) const;
     // Quoted names of a typed column set joined by ",".
     String ColumnList(const std::vector<TypedColumn>& columns) const;
     // Literals of one row, position by position with the columns; a row

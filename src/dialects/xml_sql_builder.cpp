@@ -14,7 +14,7 @@ String TablesBlock(const String& tableName) {
 }
 } // namespace
 
-DbMsXMLSQLBuilder::DbMsXMLSQLBuilder() : DbMsAccessSQLBuilder(AccessTraits(u"DbMsXMLSQLBuilder")) {}
+DbMsXMLSQLBuilder::DbMsXMLSQLBuilder() : DbMsAccessSQLBuilder(AccessTraits(u"DbMsXMLSQLBuilder", false)) {}
 
 String DbMsXMLSQLBuilder::ColumnItem(const String& tableName, const String& row) {
     // Numbers go out as they stand in the row. The group is written as the

@@ -1,5 +1,6 @@
 #include "readers/mysql_reader.hpp"
 
+#include "dialects/name_quoting.hpp"
 #include "schema/rowset_shapes.hpp"
 #include "sessions/open_connection.hpp"
 #include "platform/ado/connection.hpp"
@@ -9,6 +10,8 @@
 namespace zolsdk {
 
 namespace {
+
+String Table(const String& name) { return QuotedName(name, kBacktickQuotes); }
 
 // A native text field that some servers hand out as bytes.
 String NativeText(const Variant& v) {
@@ -175,11 +178,11 @@ Ref<ado::Recordset> DbMySQLReader::Indexes(const String& psTableName) {
         ZOL_LN; int32_t major = MajorVersion(GetVersion());
         Ref<ado::Recordset> native;
         if (major >= 5) {
-            ZOL_LN; native = Session()->Execute(u"SHOW INDEX FROM `" + psTableName +
-                                                u"` WHERE Seq_in_index = 1 AND index_type <> 'fulltext'");
+            ZOL_LN; native = Session()->Execute(u"SHOW INDEX FROM " + Table(psTableName) +
+                                                u" WHERE Seq_in_index = 1 AND index_type <> 'fulltext'");
         } else {
             // Old servers keep full-text indexes in the list.
-            ZOL_LN; native = Session()->Execute(u"SHOW INDEX FROM `" + psTableName + u"`");
+            ZOL_LN; native = Session()->Execute(u"SHOW INDEX FROM " + Table(psTableName));
             ZOL_LN; if (!(native->Eof() && native->Bof())) native->Filter(Variant(u"Seq_in_index = 1"));
         }
         ZOL_LN; Ref<ado::Recordset> rs = IndexRS();
@@ -210,12 +213,12 @@ Ref<ado::Recordset> DbMySQLReader::IndexColumns(const String& psIndexName, const
         ZOL_LN; int32_t major = MajorVersion(GetVersion());
         Ref<ado::Recordset> native;
         if (major >= 5) {
-            ZOL_LN; native = Session()->Execute(u"SHOW INDEX FROM `" + psTableName + u"` WHERE key_name = '" +
+            ZOL_LN; native = Session()->Execute(u"SHOW INDEX FROM " + Table(psTableName) + u" WHERE key_name = '" +
                                                 psIndexName + u"'");
         } else {
-            ZOL_LN; native = Session()->Execute(u"SHOW INDEX FROM `" + psTableName + u"`");
+            ZOL_LN; native = Session()->Execute(u"SHOW INDEX FROM " + Table(psTableName));
             ZOL_LN; if (!(native->Eof() && native->Bof()))
-                native->Filter(Variant(u"key_name = '" + psIndexName + u"'"));
+                native->Filter(Variant(u"key_name = '" + EscapedText(psIndexName, false) + u"'"));
         }
         ZOL_LN; Ref<ado::Recordset> rs = IdxColumnRS();
         if (!(native->Eof() && native->Bof())) {

@@ -1,5 +1,6 @@
 #include "readers/xml_reader.hpp"
 
+#include "dialects/name_quoting.hpp"
 #include "schema/rowset_shapes.hpp"
 #include "sessions/xml_session.hpp"
 #include "zolsdk/schema/enums.hpp"
@@ -20,7 +21,9 @@ int32_t LongOr(const String& text, int32_t fallback) {
     return text.empty() ? fallback : Variant(text).ToLong();
 }
 
-String Quoted(const String& name) { return u"\"" + name + u"\""; }
+// A name as an XPath literal: in double quotes, in single quotes when it
+// holds a double one, refused when it holds both (XPath has no escape).
+String Quoted(const String& name) { return XPathLiteral(name, u"The name"); }
 
 void Commit(ado::Recordset& rs) {
     rs.UpdateBatch(ado::adAffectAllChapters);

@@ -31,7 +31,7 @@ String DbMsAccessDB::GetConnectionString(bool) {
 bool DbMsAccessDB::CreateDB() {
     ZOL_ROUTINE(u"DbMsAccessDB:CreateDB Ln ");
     try {
-        ZOL_LN; String path = FilePath();
+        ZOL_LN; String path = DatabaseFile();
         ZOL_LN; if (FileExists(path)) RaiseError(errnum::ErrCreateDb, u"DbMsAccessDB:CreateDB");
         // The new file carries no password, whatever the attributes say.
         ZOL_LN; ado::CreateJetDatabase(u"Provider=Microsoft.Jet.OLEDB.4.0;Data Source=" + path +
@@ -43,7 +43,7 @@ bool DbMsAccessDB::CreateDB() {
 bool DbMsAccessDB::DropDB() {
     ZOL_ROUTINE(u"DbMsAccessDB:DropDB Ln ");
     try {
-        ZOL_LN; String path = FilePath();
+        ZOL_LN; String path = DatabaseFile();
         if (FileExists(path)) {
             // Jet holds an open file against deletion; a connection of this
             // process (a bracket of any session on it) keeps it open.

@@ -21,7 +21,11 @@ public:
     bool DropDB() override;
 
 protected:
-    void PrepareConnection(ado::Connection& c) override { c.Mode(ado::adModeReadWrite); }
+    // The file is proven to lie inside dblocation before Jet opens it.
+    void PrepareConnection(ado::Connection& c) override {
+        DatabaseFile();
+        c.Mode(ado::adModeReadWrite);
+    }
     String GetConnectionString(bool pbServer) override;
     Ref<IDBReader> MakeReader() override;
 

@@ -39,6 +39,7 @@ void AdoSession::OpenConnection() {
     try {
         ZOL_LN; if (mlOpenDepth >= 1) return;
         ZOL_LN; if (!mbConnected) RaiseError(errnum::ErrDbNotInitialized, routineOpenConnection_);
+        ZOL_LN; CheckWholeAttributes();
         if (!moConnection) {
             ZOL_LN; moConnection = Ref<ado::Connection>::New();
             ZOL_LN; moConnection->CursorLocation(ado::adUseClient);

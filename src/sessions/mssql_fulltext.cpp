@@ -1,13 +1,23 @@
 // Full-text search on SQL Server: the server's full-text catalogs, managed
 // through its system procedures. Every statement goes through the session's
-// own Execute family. Nothing waits for a population to finish, and names
-// are quoted as they come, without escaping.
+// own Execute family. Nothing waits for a population to finish. Names stand
+// as text in the procedures' arguments, their quotes doubled.
+#include "dialects/name_quoting.hpp"
 #include "sessions/mssql_session.hpp"
 #include "platform/failure_chain.hpp"
 
 namespace zolsdk {
 
 namespace {
+
+String Text(const String& name) { return EscapedText(name, false); }
+
+// One argument is written without its opening quote: there the name must be
+// one word or bracketed whole.
+const String& Bare(const String& name) {
+    CheckBareName(name, kBracketQuotes, u"The table name");
+    return name;
+}
 
 // The text of a field that may be Null.
 String FieldText(ado::Recordset& rs, StringView field) {
@@ -49,7 +59,7 @@ bool DbMsSqlDB::IsFTSEnabledForDB(const String& psDatabaseName) {
     ZOL_ROUTINE(u"DbMsSqlDB:IsFTSEnabledForDB Ln ");
     try {
         ZOL_LN; String enabled = ExecuteScalar(
-            u" SELECT DATABASEPROPERTY('" + psDatabaseName + u"', 'IsFulltextEnabled') AS IsEnabled ", u"0");
+            u" SELECT DATABASEPROPERTY('" + Text(psDatabaseName) + u"', 'IsFulltextEnabled') AS IsEnabled ", u"0");
         ZOL_LN; return Variant(enabled).ToInteger() != 0;
     } ZOL_RERAISE
 }
@@ -68,7 +78,8 @@ bool DbMsSqlDB::FTSCatalogTableExists(const String& psCatalogName, const String&
         // The table's name has a closing quote and no opening one; the
         // statement has always been sent so.
         ZOL_LN; Ref<ado::Recordset> rs =
-            Execute(u" EXEC sp_help_fulltext_tables '" + psCatalogName + u"'," + psTableName + u"'");
+            Execute(u" EXEC sp_help_fulltext_tables '" + Text(psCatalogName) + u"'," +
+                    Bare(psTableName) + u"'");
         ZOL_LN; return AnyRowHas(rs, u"table_name", psTableName);
     } ZOL_RERAISE
 }
@@ -77,7 +88,7 @@ bool DbMsSqlDB::FTSTableColumnExists(const String& psTableName, const String& ps
     ZOL_ROUTINE(u"DbMsSqlDB:FTSTableColumnExists Ln ");
     try {
         ZOL_LN; Ref<ado::Recordset> rs =
-            Execute(u" EXEC sp_help_fulltext_columns '" + psTableName + u"', '" + psColumnName + u"'");
+            Execute(u" EXEC sp_help_fulltext_columns '" + Text(psTableName) + u"', '" + Text(psColumnName) + u"'");
         ZOL_LN; return AnyRowHas(rs, u"FULLTEXT_COLUMN_NAME", psColumnName);
     } ZOL_RERAISE
 }
@@ -94,7 +105,7 @@ bool DbMsSqlDB::EnableDisableFTSForDB(bool pbEnable) {
 bool DbMsSqlDB::CreateFTSCatalog(const String& psCatalogName) {
     ZOL_ROUTINE(u"DbMsSqlDB:CreateFTSCatalog Ln ");
     try {
-        ZOL_LN; ExecuteNoQuery(u" EXEC sp_fulltext_catalog '" + psCatalogName + u"', 'create' ");
+        ZOL_LN; ExecuteNoQuery(u" EXEC sp_fulltext_catalog '" + Text(psCatalogName) + u"', 'create' ");
         return true;
     } ZOL_RERAISE
 }
@@ -103,9 +114,9 @@ bool DbMsSqlDB::AddToCatalog(const String& psCatalogName, const String& psTableN
     ZOL_ROUTINE(u"DbMsSqlDB:AddToCatalog Ln ");
     try {
         // The table's key index is taken to be "PK_" and the table's name.
-        ZOL_LN; ExecuteNoQuery(u" EXEC sp_fulltext_table '" + psTableName + u"', 'create', '" + psCatalogName +
-                               u"', 'PK_" + psTableName + u"' ");
-        ZOL_LN; ExecuteNoQuery(u" EXEC sp_fulltext_column '" + psTableName + u"', '" + psColumnName + u"', 'add' ");
+        ZOL_LN; ExecuteNoQuery(u" EXEC sp_fulltext_table '" + Text(psTableName) + u"', 'create', '" + Text(psCatalogName) +
+                               u"', 'PK_" + Text(psTableName) + u"' ");
+        ZOL_LN; ExecuteNoQuery(u" EXEC sp_fulltext_column '" + Text(psTableName) + u"', '" + Text(psColumnName) + u"', 'add' ");
         return true;
     } ZOL_RERAISE
 }
@@ -113,7 +124,7 @@ bool DbMsSqlDB::AddToCatalog(const String& psCatalogName, const String& psTableN
 bool DbMsSqlDB::ActivateDeactivateFTSCatalog(const String& psTableName, bool pbActivate) {
     ZOL_ROUTINE(u"DbMsSqlDB:ActivateDeactivateFTSCatalog Ln ");
     try {
-        ZOL_LN; ExecuteNoQuery(u" EXEC sp_fulltext_table '" + psTableName +
+        ZOL_LN; ExecuteNoQuery(u" EXEC sp_fulltext_table '" + Text(psTableName) +
                                (pbActivate ? u"', 'activate' " : u"', 'deactivate' "));
         return true;
     } ZOL_RERAISE
@@ -131,7 +142,7 @@ bool DbMsSqlDB::PopulateFTSCatalog(const String& psCatalogName, int32_t plMode) 
         default: break;
         }
         if (action) {
-            ZOL_LN; ExecuteNoQuery(u" sp_fulltext_catalog '" + psCatalogName + action);
+            ZOL_LN; ExecuteNoQuery(u" sp_fulltext_catalog '" + Text(psCatalogName) + action);
         }
         return true;
     } ZOL_RERAISE
@@ -141,7 +152,7 @@ int32_t DbMsSqlDB::GetFTSPopulateStatus(const String& psCatalogName) {
     ZOL_ROUTINE(u"DbMsSqlDB:GetFTSPopulateStatus Ln ");
     try {
         ZOL_LN; String status = ExecuteScalar(
-            u" SELECT fulltextcatalogproperty('" + psCatalogName + u"', 'populatestatus') AS Status ", u"0");
+            u" SELECT fulltextcatalogproperty('" + Text(psCatalogName) + u"', 'populatestatus') AS Status ", u"0");
         ZOL_LN; return Variant(status).ToLong();
     } ZOL_RERAISE
 }
@@ -150,7 +161,7 @@ bool DbMsSqlDB::SetFTSChangeTracking(const String& psTableName, int32_t plMode) 
     // This routine has always reported under the name of the one before it.
     ZOL_ROUTINE(u"DbMsSqlDB:GetFTSPopulateStatus Ln ");
     try {
-        String head = u" EXEC sp_fulltext_table '" + psTableName;
+        String head = u" EXEC sp_fulltext_table '" + Text(psTableName);
         if (plMode == 1) {
             ZOL_LN; ExecuteNoQuery(head + u"', 'start_change_tracking' ");
             ZOL_LN; ExecuteNoQuery(head + u"', 'start_background_updateindex' ");

@@ -1,6 +1,7 @@
 #include "sessions/mysql_session.hpp"
 
 #include "catalog/raise_error.hpp"
+#include "dialects/name_quoting.hpp"
 #include "readers/mysql_reader.hpp"
 #include "sessions/open_connection.hpp"
 #include "sessions/session_factory.hpp"
@@ -83,8 +84,9 @@ bool DbMySqlDB::DropDB() { return CreateOrDropDB(false); }
 bool DbMySqlDB::FTSTableColumnExists(const String& psTableName, const String& psColumnName) {
     ZOL_ROUTINE(kLitFTSTableColumnExists);
     try {
-        ZOL_LN; String found = ExecuteScalar(u" SHOW INDEX FROM `" + psTableName + u"` WHERE Column_name = '" +
-                                                  psColumnName + u"' AND Index_type = 'FULLTEXT'",
+        ZOL_LN; String found = ExecuteScalar(u" SHOW INDEX FROM " + QuotedName(psTableName, kBacktickQuotes) +
+                                                  u" WHERE Column_name = '" + EscapedText(psColumnName, true) +
+                                                  u"' AND Index_type = 'FULLTEXT'",
                                               String());
         return !found.empty();
     } ZOL_RERAISE
@@ -94,10 +96,14 @@ bool DbMySqlDB::EnableDisableFTSOnMySQL(const String& psTableName, const String&
     ZOL_ROUTINE(kLitEnableDisableFTS);
     try {
         if (pbEnable) {
-            ZOL_LN; ExecuteNoQuery(u" ALTER TABLE " + psTableName + u" ADD FULLTEXT `FT_" + psColumnName + u"` (`" +
-                                   psColumnName + u"`) ");
+            ZOL_LN; CheckBareName(psTableName, kBacktickQuotes, u"The table name");
+            ZOL_LN; ExecuteNoQuery(u" ALTER TABLE " + psTableName + u" ADD FULLTEXT " +
+                                   QuotedName(u"FT_" + psColumnName, kBacktickQuotes) + u" (" +
+                                   QuotedName(psColumnName, kBacktickQuotes) + u") ");
         } else {
-            ZOL_LN; ExecuteNoQuery(u" ALTER TABLE " + psTableName + u" DROP INDEX `FT_" + psColumnName + u"` ");
+            ZOL_LN; CheckBareName(psTableName, kBacktickQuotes, u"The table name");
+            ZOL_LN; ExecuteNoQuery(u" ALTER TABLE " + psTableName + u" DROP INDEX " +
+                                   QuotedName(u"FT_" + psColumnName, kBacktickQuotes) + u" ");
         }
         return true;
     } ZOL_RERAISE

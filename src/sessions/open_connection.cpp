@@ -1,6 +1,7 @@
 #include "sessions/open_connection.hpp"
 
 #include "catalog/raise_error.hpp"
+#include "sessions/session_base.hpp"
 #include "support/replace_text.hpp"
 #include "platform/failure_chain.hpp"
 
@@ -42,6 +43,9 @@ namespace {
 bool OpenWith(const Ref<ado::Connection>& connection, const String* connectionString, const Ref<IDBSession>& session,
               const RoutineMark& mark, int& line, StringView attribute) {
     try {
+        if (auto* base = dynamic_cast<const SessionBase*>(session.get())) {
+            line = __LINE__; base->CheckWholeAttributes();
+        }
         line = __LINE__; connection->CursorLocation(ado::adUseClient);
         line = __LINE__; connection->ConnectionString(connectionString ? *connectionString : session->ConnectionString());
         line = __LINE__; connection->Open(String(), String(), String(), ado::adOptionUnspecified);

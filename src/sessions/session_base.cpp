@@ -2,6 +2,7 @@
 
 #include "catalog/attributes.hpp"
 #include "platform/failure_chain.hpp"
+#include "zolsdk/platform/error.hpp"
 
 namespace zolsdk {
 
@@ -56,6 +57,20 @@ String SessionBase::AttributeValue(const String& psAttribute) {
     try {
         ZOL_LN; return SessionAttributeValue(msAttributes, psAttribute);
     } ZOL_RERAISE
+}
+
+void SessionBase::CheckWholeAttributes() const {
+    for (const char16_t* key : {u"dbname", u"dblocation", u"username", u"password"})
+        CheckWholeAttribute(msAttributes, key);
+}
+
+String SessionBase::DatabaseFile() {
+    CheckWholeAttributes();
+    const String name = AttributeValue(u"dbname");
+    if (name == u"." || name == u".." || name.find_first_of(u"/\\") != String::npos)
+        RaisePlatform(err::InvalidCall, u"The database name '" + name +
+                                            u"' names no file inside dblocation: give the file's name alone");
+    return AttributeValue(u"dblocation") + u"\\" + name;
 }
 
 bool SessionBase::IsFeatureSupported(const String& psFeature) {

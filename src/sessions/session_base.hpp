@@ -32,6 +32,11 @@ public:
     Ref<IDbSqlBuilder> DbSqlBuilder() override { return NewSqlBuilder(dbTypeId_); }
 
     int32_t DbTypeId() const { return dbTypeId_; }
+    // Refuses a name, place or login that the attribute reader would hand
+    // out shortened (a second "=", a character 0, a ";" inside it), before
+    // it reaches an engine.
+    void CheckWholeAttributes() const;
+
     const String& ClassName() const { return className_; }
 
 protected:
@@ -42,6 +47,10 @@ protected:
     virtual Ref<IDBReader> MakeReader() = 0;
     // Hook for sessions whose full-text answer needs the server.
     virtual bool FullTextSearchSupported() { return features_.fullTextSearch; }
+
+    // The file of a file engine: dbname inside the dblocation folder. A name
+    // that would leave the folder ("..", a path separator) is refused.
+    String DatabaseFile();
 
     // "<class>:<routine> Ln " for this session's trace lines.
     String Literal(StringView routine) const;

@@ -50,7 +50,8 @@ void DbMsXML::Disconnect() {
 String DbMsXML::GetConnectionString(bool) {
     ZOL_ROUTINE(u"DbMsXML:CloseConnection Ln ");
     try {
-        ZOL_LN; return AttributeValue(u"dblocation") + u"\\" + AttributeValue(u"dbname");
+        // The reader loads the same path: both stay inside dblocation.
+        ZOL_LN; return DatabaseFile();
     } ZOL_RERAISE
 }
 
@@ -156,7 +157,7 @@ String DbMsXML::ExecuteScalar(const String& psSQL, const String& psDefault) {
 bool DbMsXML::CreateDB() {
     ZOL_ROUTINE(u"DbMsXML:CreateDB Ln ");
     try {
-        ZOL_LN; String path = AttributeValue(u"dblocation") + u"\\" + AttributeValue(u"dbname");
+        ZOL_LN; String path = DatabaseFile();
         ZOL_LN; if (FileExists(path)) RaiseError(errnum::ErrCreateDb, u"DbMsXML:CreateDB");
         ZOL_LN; return CopyToFile(kNewDatabase, path);
     } ZOL_RERAISE
@@ -165,7 +166,7 @@ bool DbMsXML::CreateDB() {
 bool DbMsXML::DropDB() {
     ZOL_ROUTINE(u"DbMsXML:DropDB Ln ");
     try {
-        ZOL_LN; String path = AttributeValue(u"dblocation") + u"\\" + AttributeValue(u"dbname");
+        ZOL_LN; String path = DatabaseFile();
         ZOL_LN; if (FileExists(path)) DeleteFile(path);
         return true;
     } ZOL_RERAISE

@@ -1,17 +1,12 @@
 #include "transfer/identifiers.hpp"
 
+#include "dialects/name_quoting.hpp"
+
 namespace zolsdk::transfer {
 
 String QuoteName(Engine e, StringView name) {
-    char16_t open = e == Engine::MySql ? u'`' : u'[';
-    char16_t close = e == Engine::MySql ? u'`' : u']';
-    String s(1, open);
-    for (char16_t c : name) {
-        s += c;
-        if (c == close) s += c;
-    }
-    s += close;
-    return s;
+    // The engines' one quoting rule, shared with the library's dialects.
+    return QuotedName(name, e == Engine::MySql ? kBacktickQuotes : kBracketQuotes);
 }
 
 String QuoteList(Engine e, const std::vector<String>& names) {

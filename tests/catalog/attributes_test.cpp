@@ -53,3 +53,38 @@ TEST(AdaptorFactory, ChoosesTheSessionByLowerCasedType) {
     EXPECT_FALSE(f.GetDbSessionAdaptor(u"dbtype=oracle"));
     EXPECT_FALSE(f.GetDbSessionAdaptor(u"dbtype =msxml"));
 }
+
+namespace zolsdk {
+namespace {
+
+// Values the readers would hand out shortened are refused before they reach
+// an engine; whole values, and keys that are absent, pass.
+TEST(WholeAttributes, ValuesTheReaderWouldShortenAreRefused) {
+    const struct {
+        String attributes;
+        const char16_t* key;
+        const char* refusal; // nullptr: accepted
+    } cases[] = {
+        {u"dbname=shop;password=s3cret", u"password", nullptr},
+        {u"dbname=shop;password=", u"password", nullptr},
+        {u"dbname=shop;;", u"dbname", nullptr},
+        {u"dbname=shop", u"password", nullptr},
+        {u"password=a=b;dbname=x", u"password", "holds \"=\""},
+        {u"password=ab;cd;dbname=x", u"password", "a \";\" inside the value"},
+        {String(u"dbname=sh\0op;x=1", 16), u"dbname", "character 0"},
+    };
+    for (const auto& c : cases) {
+        const String& attrs = c.attributes;
+        try {
+            CheckWholeAttribute(attrs, c.key);
+            EXPECT_EQ(c.refusal, nullptr) << ToUtf8(attrs);
+        } catch (const DbError& e) {
+            ASSERT_NE(c.refusal, nullptr) << ToUtf8(attrs);
+            EXPECT_EQ(e.Number(), err::InvalidCall);
+            EXPECT_NE(ToUtf8(e.Description()).find(c.refusal), std::string::npos) << ToUtf8(e.Description());
+        }
+    }
+}
+
+} // namespace
+} // namespace zolsdk

@@ -96,12 +96,12 @@ TEST(MsSqlFullText, IsFtsEnabledSwitchesTheDatabaseByTheCatalogName) {
     EXPECT_TRUE(Contains(e.Source(), u" => \r\nDbMsSqlDB:IsFTSEnabled Ln "));
     EXPECT_EQ(off->sent, (Sent{kInstalled, kEnabledShop}));
     // A database without full-text search: false, nothing switched; the
-    // database is the session's dbname, quoted as it is.
+    // database is the session's dbname as text, its quote doubled.
     auto none = Server(false, {}, {});
     none->Connect(u"dbname=o'brien");
     EXPECT_FALSE(none->IsFTSEnabled(u"1", u"notes", u"body"));
     EXPECT_EQ(none->sent,
-              (Sent{kInstalled, u" SELECT DATABASEPROPERTY('o'brien', 'IsFulltextEnabled') AS IsEnabled "}));
+              (Sent{kInstalled, u" SELECT DATABASEPROPERTY('o''brien', 'IsFulltextEnabled') AS IsEnabled "}));
 }
 
 TEST(MsSqlFullText, RoutinesNoOperationCallsSendTheirOwnStatements) {

@@ -87,9 +87,13 @@ TEST(XmlReader, ColumnsTakeDefaultsAndThePrimaryKeyRule) {
     EXPECT_EQ(missing.Number(), err::ObjectNotSet);
     EXPECT_EQ(Chain(missing.Source()), (Texts{u"zolsdk", u" DbMsXMLReader:IDBReader_TableColumns Ln "}));
     EXPECT_EQ(FailureOf([&] { shop.reader->TableColumns(u"sizeless"); }).Number(), err::TypeMismatch);
-    DbError quote = FailureOf([&] { shop.reader->TableColumns(u"or\"ders"); });
-    EXPECT_EQ(quote.Number(), xml::kDomFailure);
-    EXPECT_EQ(Chain(quote.Source()), (Texts{String(xml::kDomSource), u" DbMsXMLReader:IDBReader_TableColumns Ln "}));
+    // A name with one kind of quote is written between the other kind; one
+    // with both cannot stand in an XPath literal and is refused.
+    EXPECT_EQ(shop.reader->TableColumns(u"or\"ders")->RecordCount(), 0);
+    EXPECT_EQ(shop.reader->TableColumns(u"x\" or \"1\"=\"1")->RecordCount(), 0);
+    DbError quote = FailureOf([&] { shop.reader->TableColumns(u"o'r\"ders"); });
+    EXPECT_EQ(quote.Number(), err::InvalidCall);
+    EXPECT_EQ(Chain(quote.Source()), (Texts{u"zolsdk", u" DbMsXMLReader:IDBReader_TableColumns Ln "}));
 }
 
 TEST(XmlReader, IndexesIndexColumnsAndKeys) {

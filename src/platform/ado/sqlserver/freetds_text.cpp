@@ -1,5 +1,12 @@
 #include "platform/ado/sqlserver/freetds_text.hpp"
 
+#include <netdb.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
 #include <map>
 
 namespace zolsdk::ado::detail {
@@ -206,6 +213,70 @@ ProviderFailure ExplainConnectRefusal(const ProviderFailure& refusal, const Free
     }
     if (!hint.empty()) kept.insert(kept.begin(), ProviderError{native, u"08001", hint});
     return ProviderFailure(std::move(kept));
+}
+
+namespace {
+
+// A socket closed when it goes out of scope.
+struct Socket {
+    int fd = -1;
+    ~Socket() {
+        if (fd >= 0) ::close(fd);
+    }
+};
+
+// Milliseconds left until `deadline`, at least 0.
+int LeftMs(std::chrono::steady_clock::time_point deadline) {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    return left.count() > 0 ? static_cast<int>(left.count()) : 0;
+}
+
+} // namespace
+
+void ProbeTdsServer(const FreeTdsConnection& target, int32_t seconds) {
+    if (seconds <= 0 || target.port.empty()) return;
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+    addrinfo hints{};
+    hints.ai_family = AF_UNSPEC;
+    hints.ai_socktype = SOCK_STREAM;
+    addrinfo* found = nullptr;
+    if (::getaddrinfo(ToUtf8(target.server).c_str(), ToUtf8(target.port).c_str(), &hints, &found) != 0 || !found)
+        return; // the driver words an unknown host itself
+    Socket s;
+    bool connected = false;
+    for (addrinfo* a = found; a && !connected; a = a->ai_next) {
+        if (s.fd >= 0) ::close(s.fd);
+        s.fd = ::socket(a->ai_family, a->ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC, a->ai_protocol);
+        if (s.fd < 0) continue;
+        if (::connect(s.fd, a->ai_addr, a->ai_addrlen) == 0) {
+            connected = true;
+            break;
+        }
+        if (errno != EINPROGRESS) continue;
+        pollfd p{s.fd, POLLOUT, 0};
+        if (::poll(&p, 1, LeftMs(deadline)) == 1) {
+            int error = 0;
+            socklen_t len = sizeof error;
+            connected = ::getsockopt(s.fd, SOL_SOCKET, SO_ERROR, &error, &len) == 0 && error == 0;
+        }
+    }
+    ::freeaddrinfo(found);
+    if (!connected) return; // refused or unreachable: the driver says so
+    // PRELOGIN: an 8-byte header, one option (VERSION) and its six bytes.
+    static const unsigned char kPrelogin[] = {0x12, 0x01, 0x00, 0x14, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+                                              0x06, 0x00, 0x06, 0xFF, 0x09, 0x00, 0x00, 0x00, 0x00, 0x00};
+    if (::send(s.fd, kPrelogin, sizeof kPrelogin, MSG_NOSIGNAL) != static_cast<ssize_t>(sizeof kPrelogin)) return;
+    pollfd p{s.fd, POLLIN, 0};
+    int ready;
+    do {
+        ready = ::poll(&p, 1, LeftMs(deadline));
+    } while (ready < 0 && errno == EINTR);
+    if (ready == 0) {
+        throw ProviderFailure({{0, u"HYT00",
+                                u"Login timeout expired: the server at " + target.server + u", port " + target.port +
+                                    u" accepted the connection but did not answer within " + IntText(seconds) +
+                                    u" seconds. Check that a SQL Server listens on that port (dblocation, port)."}});
+    }
 }
 
 } // namespace zolsdk::ado::detail

@@ -36,4 +36,14 @@ FreeTdsConnection TranslateToFreeTds(const String& oledbText);
 // Consecutive repeats of one message are dropped.
 ProviderFailure ExplainConnectRefusal(const ProviderFailure& refusal, const FreeTdsConnection& tried);
 
+// The driver bounds the TCP connect by the login timeout but not the
+// server's answer to the login: a server that accepts the connection and
+// never speaks keeps it waiting for ever. Before the driver connects, this
+// sends the first packet of a login (a PRELOGIN) on a connection of its own
+// and waits at most `seconds` for any answer; silence raises ProviderFailure
+// (SQLSTATE HYT00) naming the server, a refused connection is left to the
+// driver's own words. Skipped for 0 seconds (no limit) and for a named
+// instance whose port is not known yet.
+void ProbeTdsServer(const FreeTdsConnection& target, int32_t seconds);
+
 } // namespace zolsdk::ado::detail

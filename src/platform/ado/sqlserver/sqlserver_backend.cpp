@@ -15,8 +15,10 @@ public:
 
     void Open(const String& connectionText, int32_t loginTimeout) override {
         FreeTdsConnection c = TranslateToFreeTds(connectionText);
+        const int32_t seconds = c.loginTimeout >= 0 ? c.loginTimeout : loginTimeout;
+        ProbeTdsServer(c, seconds);
         try {
-            odbc_->Open(c.text, c.loginTimeout >= 0 ? c.loginTimeout : loginTimeout);
+            odbc_->Open(c.text, seconds);
         } catch (const ProviderFailure& refusal) {
             throw ExplainConnectRefusal(refusal, c);
         }
