@@ -27,7 +27,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     attempt([&] {
         const String encoded = encoder.EncodeString(text, u",", u"%2C");
         if (encoded.find(u',') != String::npos) std::abort();
-        if (text.find(u"%2C") == String::npos && decoder.DecodeString(encoded, u"%2C", u",") != text) std::abort();
+        // A text that holds the escape itself (in either case) is the transfer
+        // form's known limit, not a fault.
+        if (LCase(text).find(u"%2c") == String::npos && decoder.DecodeString(encoded, u"%2C", u",") != text)
+            std::abort();
     });
     return 0;
 }
