@@ -11,6 +11,7 @@
 //
 // The server comes from ZOLSDK_MYSQL_ATTRS (an attribute string), by
 // default the local test server.
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -79,7 +80,14 @@ struct Copy {
     double seconds = 0;
     int64_t rows = 0;
     std::string checksum;
+    double cpuSeconds = -1; // this process's CPU time, where it did the work
 };
+
+double ProcessCpuSeconds() {
+    rusage u{};
+    getrusage(RUSAGE_SELF, &u);
+    return u.ru_utime.tv_sec + u.ru_stime.tv_sec + (u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
+}
 
 std::vector<std::string> Fields(const std::string& line) {
     std::vector<std::string> out;
@@ -108,6 +116,7 @@ Copy CopyThroughLibrary(const Server& server, const std::string& source, const s
     Copy c{"library: ImportTable + ExportData + ImportData", 0, 0, ""};
     ResetPeakRss();
     const int64_t before = CurrentRssKb();
+    const double cpuBefore = ProcessCpuSeconds();
     auto start = SteadyClock::now();
     Ref<DbCatalog> src = server.Catalog(source);
     Ref<DbCatalog> dst = server.Catalog(target);
@@ -119,6 +128,7 @@ Copy CopyThroughLibrary(const Server& server, const std::string& source, const s
     ds.Release();
     src->EndTransaction();
     c.seconds = Since(start);
+    c.cpuSeconds = ProcessCpuSeconds() - cpuBefore;
     peakGrowthKb = PeakRssKb() - before;
     return c;
 }
@@ -271,6 +281,12 @@ int Run(const Options& o) {
         PrintCopies(copies, library);
         std::printf("\nlibrary copy: peak resident memory grew by %s KiB while copying %s rows\n",
                     Grouped(libPeakKb).c_str(), Grouped(library.rows).c_str());
+        const Copy& dump = copies[1];
+        const double libRate = library.rows / library.seconds, dumpRate = dump.rows / dump.seconds;
+        std::printf("\nSUMMARY rows=%lld library_rows_per_s=%.0f dump_rows_per_s=%.0f ratio=%.2f "
+                    "library_peak_rss_growth_mib=%.1f library_cpu_s=%.1f\n",
+                    static_cast<long long>(library.rows), libRate, dumpRate, libRate / dumpRate, libPeakKb / 1024.0,
+                    library.cpuSeconds);
         std::printf("the three full copies %s the same rows and values as the source\n", same ? "hold" : "do NOT hold");
         std::printf("(the text way writes binary values as NULL: the library copy has none of them, by design)\n");
         if (!same) rc = 1;

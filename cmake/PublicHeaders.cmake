@@ -36,6 +36,7 @@ set(ZOLSDK_PUBLIC_HEADERS
   zolsdk/schema/table.hpp
   zolsdk/sessions/session.hpp
   zolsdk/support/encrypt.hpp
+  zolsdk/transfer/parallel_run.hpp
   zolsdk/transfer/transfer.hpp
   zolsdk/zolsdk.hpp
 )

@@ -8,10 +8,10 @@ if [ "$(id -u)" -ne 0 ]; then SUDO="sudo"; fi
 
 PACKAGES=(
   build-essential cmake ninja-build pkg-config ccache
-  libgtest-dev googletest
+  libgtest-dev googletest libcli11-dev
   libxml2-dev libpcre2-dev libssl-dev
   unixodbc unixodbc-dev odbc-mariadb tdsodbc libmariadb-dev
-  mariadb-server mariadb-client
+  mariadb-server mariadb-client time bc
   default-jdk-headless maven
   clang-14 libclang-rt-14-dev mdbtools
 )

@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Makes the local MariaDB server usable by the MySQL engine and its tests:
-#  1. registers the ODBC driver under the name the library's connection text
-#     carries ("MySQL ODBC 5.1 Driver"), pointing at MariaDB Connector/ODBC;
+#  1. registers MariaDB Connector/ODBC under the name "MySQL ODBC 5.1 Driver".
+#     The MySQL engine itself no longer uses it (it talks to the server
+#     through the MariaDB client library); the SQL Server tests do, to run
+#     the generic ODBC backend's catalog calls against a live driver;
 #  2. starts mariadbd on 127.0.0.1:3306 when nothing answers there (there is
 #     no service manager in CI, so the server runs in the background);
 #  3. creates the test login zol/zol with all privileges, usable over TCP.

@@ -290,7 +290,7 @@ int GetNext(ArrowArrayStream* s, ArrowArray* out) {
     } catch (const DbError& e) {
         st->error = FailureText(e);
     } catch (...) {
-        st->error = FailureText(HandledFailure());
+        st->error = FailureText(CurrentFailure());
     }
     DropCursor(st);
     return EIO;

@@ -30,8 +30,6 @@ nb::str PyText(StringView s);
 
 // Raises a DbError from the binding itself (source "zolsdk.python").
 [[noreturn]] void Fail(int32_t number, const String& description);
-// Whatever is being handled, as a DbError (a foreign exception keeps its text).
-DbError HandledFailure();
 
 // The type group of each column of a table, by case-blind name.
 struct ColumnInfo {

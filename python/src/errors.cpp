@@ -13,18 +13,6 @@ void Fail(int32_t number, const String& description) {
     throw DbError(number, u"zolsdk.python", description);
 }
 
-DbError HandledFailure() {
-    try {
-        throw;
-    } catch (const DbError& e) {
-        return e;
-    } catch (const std::exception& e) {
-        return DbError(err::Internal, u"zolsdk.python", FromUtf8(e.what()));
-    } catch (...) {
-        return DbError(err::Internal, u"zolsdk.python", u"an unknown failure");
-    }
-}
-
 DbCatalog& CatalogHandle::Get() {
     if (!catalog) Fail(err::ObjectNotSet, u"the catalog is closed");
     return *catalog;
@@ -54,7 +42,7 @@ void BindErrors(nb::module_&) {
             throw;
         } catch (const std::exception&) {
             // Whatever else escapes the library is still one of its failures.
-            RaiseDbError(HandledFailure());
+            RaiseDbError(CurrentFailure());
         }
     });
 }

@@ -17,9 +17,8 @@ namespace {
 String Neutral(const String& numberText) { return ReplaceAll(numberText, u",", u"."); }
 
 String TwoDigits(int v) {
-    char buf[16];
-    std::snprintf(buf, sizeof buf, "%02d", v);
-    return Ascii(buf);
+    if (v >= 0 && v < 100) return String{static_cast<char16_t>(u'0' + v / 10), static_cast<char16_t>(u'0' + v % 10)};
+    return IntText(v);
 }
 
 // 1-based substring that, like the platform's, gives what is there when the
@@ -89,8 +88,7 @@ String DbGenericEncoder::EncodeString(StringView text, StringView psChar, String
     // back as the escape); the builders read records by that same rule.
     String doubled(psEncodeTo);
     doubled += psEncodeTo;
-    String out = ReplaceAll(text, psEncodeTo, doubled);
-    return ReplaceAll(out, psChar, psEncodeTo);
+    return ReplaceAll(ReplaceAll(text, psEncodeTo, doubled), psChar, psEncodeTo);
 }
 
 String DbGenericEncoder::EncodeDate(double ptValue) {

@@ -1,5 +1,6 @@
 #include "dialects/access_sql_builder.hpp"
 
+#include "dialects/column_types.hpp"
 #include "support/split.hpp"
 #include "platform/failure_chain.hpp"
 
@@ -25,33 +26,7 @@ DbMsAccessSQLBuilder::DbMsAccessSQLBuilder() : DbMsSqlSQLBuilder(AccessTraits(u"
 
 String DbMsAccessSQLBuilder::ColumnTypeSql(int32_t group, int32_t, int32_t precision, int32_t scale,
                                            int32_t maxLength) {
-    switch (group) {
-    case dtVarChar: return maxLength != 0 ? u"VARCHAR(" + IntText(maxLength) + u")" : String(u"VARCHAR(255)");
-    case dtCharBLOB: return u"LONGTEXT";
-    case dtInteger:
-        // More than ten digits has no type on this engine: the definition
-        // goes without one.
-        if (precision <= 1 || precision > 10) return {};
-        if (precision <= 3) return u"TINYINT";
-        if (precision <= 5) return u"SMALLINT";
-        return u"INTEGER";
-    case dtUnsignedInteger:
-        // No unsigned types: widened one step instead.
-        if (precision <= 1 || precision > 10) return {};
-        if (precision <= 3) return u"TINYINT";
-        if (precision <= 5) return u"INTEGER";
-        return u"LONG INTEGER";
-    case dtDate:
-    case dtTime:
-    case dtDateTime: return u"DATETIME";
-    case dtBoolean: return u"BIT";
-    case dtDouble: return u"FLOAT";
-    case dtBinaryBLOB: return u"IMAGE";
-    case dtSingle: return u"REAL";
-    case dtDecimal: return u"DECIMAL(" + IntText(precision) + u"," + IntText(scale) + u")";
-    case dtCurrency: return u"MONEY";
-    default: return {};
-    }
+    return ColumnTypeText(TypeColumn::Access, group, precision, scale, maxLength);
 }
 
 String DbMsAccessSQLBuilder::AddColumnSql(const String& psTableName, const String& psColumns) {

@@ -1,5 +1,6 @@
 #include "dialects/mssql_sql_builder.hpp"
 
+#include "dialects/column_types.hpp"
 #include "support/replace_text.hpp"
 #include "support/split.hpp"
 #include "support/string_builder.hpp"
@@ -27,28 +28,7 @@ DbMsSqlSQLBuilder::DbMsSqlSQLBuilder() : DbSqlDialect(kMsSqlTraits) {}
 
 String DbMsSqlSQLBuilder::ColumnTypeSql(int32_t group, int32_t, int32_t precision, int32_t scale,
                                         int32_t maxLength) {
-    switch (group) {
-    case dtVarChar: return maxLength != 0 ? u"NVARCHAR(" + IntText(maxLength) + u")" : String(u"NVARCHAR(255)");
-    case dtCharBLOB: return u"NTEXT";
-    case dtInteger:
-    case dtUnsignedInteger:
-        // No widths and no unsigned forms on this engine.
-        if (precision <= 1) return {};
-        if (precision <= 3) return u"TINYINT";
-        if (precision <= 5) return u"SMALLINT";
-        if (precision <= 10) return u"INTEGER";
-        return u"BIGINT";
-    case dtDate:
-    case dtTime:
-    case dtDateTime: return u"DATETIME";
-    case dtBoolean: return u"BIT";
-    case dtDouble: return u"FLOAT";
-    case dtBinaryBLOB: return u"IMAGE";
-    case dtSingle: return u"REAL";
-    case dtDecimal: return u"DECIMAL(" + IntText(precision) + u"," + IntText(scale) + u")";
-    case dtCurrency: return u"MONEY";
-    default: return {};
-    }
+    return ColumnTypeText(TypeColumn::MsSql, group, precision, scale, maxLength);
 }
 
 String DbMsSqlSQLBuilder::CreateTableSql(const String& psTableName, const String& psColumns, const String&) {

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "dialects/column_types.hpp"
 #include "support/replace_text.hpp"
 #include "support/split.hpp"
 #include "support/string_builder.hpp"
@@ -31,36 +32,7 @@ DbMySqlSQLBuilder::DbMySqlSQLBuilder() : DbSqlDialect(kMySqlTraits) {}
 
 String DbMySqlSQLBuilder::ColumnTypeSql(int32_t group, int32_t, int32_t precision, int32_t scale,
                                         int32_t maxLength) {
-    const String p = IntText(precision);
-    switch (group) {
-    case dtVarChar:
-        if (maxLength != 0)
-            return u"VARCHAR(" + IntText(maxLength) + u") CHARACTER SET utf8 COLLATE utf8_general_ci ";
-        return u"VARCHAR(255) CHARACTER SET utf8 COLLATE utf8_general_ci ";
-    case dtCharBLOB: return u"LONGTEXT CHARACTER SET utf8 COLLATE utf8_general_ci ";
-    case dtInteger:
-    case dtUnsignedInteger: {
-        // Precision is in decimal digits. One digit or less has no type, so
-        // the definition is left without one.
-        if (precision <= 1) return {};
-        const String close = group == dtInteger ? u")" : u") UNSIGNED ";
-        if (precision <= 3) return u"TINYINT(" + p + close;
-        if (precision <= 5) return u"SMALLINT(" + p + close;
-        if (precision <= 8) return u"MEDIUMINT(" + p + close;
-        if (precision <= 10) return u"INT(" + p + close;
-        return u"BIGINT(" + p + close;
-    }
-    case dtDate: return u"DATE";
-    case dtTime: return u"TIME";
-    case dtDateTime: return u"DATETIME";
-    case dtBoolean: return u"TINYINT(1)";
-    case dtDouble: return u"FLOAT(53)";
-    case dtBinaryBLOB: return u"LONGBLOB";
-    case dtSingle: return u"FLOAT(24)";
-    case dtDecimal:
-    case dtCurrency: return u"DECIMAL(" + p + u"," + IntText(scale) + u")";
-    default: return {};
-    }
+    return ColumnTypeText(TypeColumn::MySql, group, precision, scale, maxLength);
 }
 
 String DbMySqlSQLBuilder::ColumnDefinition(const ColumnRow& c) {

@@ -1,5 +1,6 @@
 #include "zolsdk/platform/datetime.hpp"
 
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 
@@ -106,18 +107,44 @@ double DatePart(double date) {
     return JoinDate(p);
 }
 
+namespace {
+// `n` as printf's "%0<width>d" writes it, at `out`; answers the end.
+char16_t* Digits(char16_t* out, int n, int width) {
+    char tmp[16];
+    const char* end = std::to_chars(tmp, tmp + sizeof tmp, n).ptr;
+    const char* p = tmp;
+    if (*p == '-') {
+        *out++ = u'-';
+        ++p;
+        --width;
+    }
+    for (int pad = width - static_cast<int>(end - p); pad > 0; --pad) *out++ = u'0';
+    while (p != end) *out++ = static_cast<char16_t>(*p++);
+    return out;
+}
+} // namespace
+
 String DateText(double date) {
     DateParts p = SplitDate(date);
-    char buf[48];
     bool hasTime = p.hour || p.minute || p.second;
     bool isDayZero = p.year == 1899 && p.month == 12 && p.day == 30;
-    if (isDayZero && hasTime)
-        std::snprintf(buf, sizeof buf, "%02d:%02d:%02d", p.hour, p.minute, p.second);
-    else if (!hasTime)
-        std::snprintf(buf, sizeof buf, "%04d-%02d-%02d", p.year, p.month, p.day);
-    else
-        std::snprintf(buf, sizeof buf, "%04d-%02d-%02d %02d:%02d:%02d", p.year, p.month, p.day, p.hour, p.minute, p.second);
-    return Ascii(buf);
+    char16_t buf[48];
+    char16_t* e = buf;
+    if (!(isDayZero && hasTime)) {
+        e = Digits(e, p.year, 4);
+        *e++ = u'-';
+        e = Digits(e, p.month, 2);
+        *e++ = u'-';
+        e = Digits(e, p.day, 2);
+        if (!hasTime) return String(buf, e);
+        *e++ = u' ';
+    }
+    e = Digits(e, p.hour, 2);
+    *e++ = u':';
+    e = Digits(e, p.minute, 2);
+    *e++ = u':';
+    e = Digits(e, p.second, 2);
+    return String(buf, e);
 }
 
 namespace {

@@ -1,5 +1,7 @@
 #include "zolsdk/platform/decimal.hpp"
 
+#include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -94,10 +96,13 @@ Decimal Decimal::FromUInt64(uint64_t v) { return FromParts(v, 0, false); }
 Decimal Decimal::FromDouble(double v) {
     if (!std::isfinite(v) || std::fabs(v) >= 7.9228162514264338e28) RaisePlatform(err::Overflow);
     if (v == 0) return Decimal();
+    // 15 significant digits, correctly rounded, as "%.14e" gives them.
     char buf[64];
-    std::snprintf(buf, sizeof buf, "%.14e", v); // 15 significant digits
+    const char* end = std::to_chars(buf, buf + sizeof buf, v, std::chars_format::scientific, 14).ptr;
+    char16_t wide[64];
+    std::copy(static_cast<const char*>(buf), end, wide);
     Decimal d;
-    TryParse(Ascii(buf), u'.', d);
+    TryParse(StringView(wide, static_cast<size_t>(end - buf)), u'.', d);
     return d;
 }
 

@@ -1,8 +1,10 @@
 #include "zolsdk/platform/locale.hpp"
 
 #include <langinfo.h>
+#include <atomic>
 #include <clocale>
 #include <ctime>
+#include <deque>
 #include <mutex>
 #include <sys/time.h>
 
@@ -27,10 +29,14 @@ UserLocale ReadProcessLocale() {
     return l;
 }
 
+// The locale in force is read for every value that becomes text, so it is
+// found without a lock: an atomic pointer to a locale that never changes.
+// Set and Reset put a new one in its place; the old ones stay alive (they
+// are few), so a reference handed out earlier never dangles.
 struct State {
     std::mutex mu;
-    bool read = false;
-    UserLocale locale;
+    std::atomic<const UserLocale*> current{nullptr};
+    std::deque<UserLocale> kept;
     std::optional<double> now;
 };
 State& S() {
@@ -41,25 +47,26 @@ State& S() {
 
 const UserLocale& UserLocale::Current() {
     State& s = S();
+    if (const UserLocale* l = s.current.load(std::memory_order_acquire)) return *l;
     std::lock_guard<std::mutex> g(s.mu);
-    if (!s.read) {
-        s.locale = ReadProcessLocale();
-        s.read = true;
+    const UserLocale* l = s.current.load(std::memory_order_relaxed);
+    if (!l) {
+        l = &s.kept.emplace_back(ReadProcessLocale());
+        s.current.store(l, std::memory_order_release);
     }
-    return s.locale;
+    return *l;
 }
 
 void UserLocale::Set(const UserLocale& l) {
     State& s = S();
     std::lock_guard<std::mutex> g(s.mu);
-    s.locale = l;
-    s.read = true;
+    s.current.store(&s.kept.emplace_back(l), std::memory_order_release);
 }
 
 void UserLocale::Reset() {
     State& s = S();
     std::lock_guard<std::mutex> g(s.mu);
-    s.read = false;
+    s.current.store(nullptr, std::memory_order_release);
 }
 
 double Clock::Now() {

@@ -32,33 +32,51 @@ String FormatSignificant(double v, int digits, int sciFrom, char16_t sep) {
     // overflow that it would have reported.
     if (!std::isfinite(v)) RaisePlatform(err::Overflow);
     if (v == 0) return u"0";
+    // [-]d.ddddde[+-]xx, correctly rounded to `digits` significant digits.
     char buf[64];
-    std::snprintf(buf, sizeof buf, "%.*e", digits - 1, v);
-    // buf: [-]d.ddddde[+-]xx
-    std::string s(buf);
-    bool neg = s[0] == '-';
-    if (neg) s.erase(0, 1);
-    size_t e = s.find('e');
-    int exp = std::atoi(s.c_str() + e + 1);
-    std::string mant = s.substr(0, 1) + (e > 2 ? s.substr(2, e - 2) : "");
-    while (mant.size() > 1 && mant.back() == '0') mant.pop_back();
-    std::string out;
+    const char* end = std::to_chars(buf, buf + sizeof buf, v, std::chars_format::scientific, digits - 1).ptr;
+    const char* p = buf;
+    bool neg = *p == '-';
+    if (neg) ++p;
+    const char* e = std::find(p, end, 'e');
+    int exp = 0;
+    std::from_chars(e + 1 + (e[1] == '+'), end, exp);
+    // The significant digits without the point, trailing zeros dropped.
+    char mant[64];
+    size_t m = 0;
+    for (const char* c = p; c != e; ++c)
+        if (*c != '.') mant[m++] = *c;
+    while (m > 1 && mant[m - 1] == '0') --m;
+    char16_t out[96];
+    size_t n = 0;
+    if (neg) out[n++] = u'-';
+    auto put = [&](char c) { out[n++] = static_cast<char16_t>(c); };
     if (exp >= sciFrom || exp < -6) {
-        out = mant.substr(0, 1);
-        if (mant.size() > 1) out += "." + mant.substr(1);
-        char eb[16];
-        std::snprintf(eb, sizeof eb, "E%c%02d", exp < 0 ? '-' : '+', exp < 0 ? -exp : exp);
-        out += eb;
+        put(mant[0]);
+        if (m > 1) {
+            out[n++] = sep;
+            for (size_t i = 1; i < m; ++i) put(mant[i]);
+        }
+        put('E');
+        put(exp < 0 ? '-' : '+');
+        int a = exp < 0 ? -exp : exp;
+        if (a >= 100) put(static_cast<char>('0' + a / 100));
+        put(static_cast<char>('0' + a / 10 % 10));
+        put(static_cast<char>('0' + a % 10));
     } else if (exp >= 0) {
-        if (static_cast<int>(mant.size()) <= exp + 1) out = mant + std::string(static_cast<size_t>(exp + 1) - mant.size(), '0');
-        else out = mant.substr(0, static_cast<size_t>(exp + 1)) + "." + mant.substr(static_cast<size_t>(exp + 1));
+        size_t whole = static_cast<size_t>(exp) + 1;
+        for (size_t i = 0; i < whole; ++i) put(i < m ? mant[i] : '0');
+        if (m > whole) {
+            out[n++] = sep;
+            for (size_t i = whole; i < m; ++i) put(mant[i]);
+        }
     } else {
-        out = "0." + std::string(static_cast<size_t>(-exp - 1), '0') + mant;
+        put('0');
+        out[n++] = sep;
+        for (int i = 0; i < -exp - 1; ++i) put('0');
+        for (size_t i = 0; i < m; ++i) put(mant[i]);
     }
-    if (neg) out.insert(out.begin(), '-');
-    String r = Ascii(out);
-    for (auto& c : r) if (c == u'.') c = sep;
-    return r;
+    return String(out, n);
 }
 
 int64_t CheckedRound(double d, double lo, double hi) {

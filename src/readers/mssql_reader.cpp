@@ -1,5 +1,6 @@
 #include "readers/mssql_reader.hpp"
 
+#include "readers/type_groups.hpp"
 #include "zolsdk/platform/ado/types.hpp"
 #include "zolsdk/schema/enums.hpp"
 #include "platform/failure_chain.hpp"
@@ -9,24 +10,7 @@ namespace zolsdk {
 DbMsSQLReader::DbMsSQLReader() : SchemaRowsetReader(u"DbMsSQLReader") {}
 
 int32_t DbMsSQLReader::GetDataTypeGroup(int32_t plDataType, int32_t plSize) {
-    using namespace ado::adType;
-    switch (plDataType) {
-    case SmallInt: case Integer: case BigInt: case TinyInt: return dtInteger;
-    case Single: return dtSingle;
-    case Double: case 139: return dtDouble;
-    case ado::adType::Currency: return dtCurrency;
-    case Date: case DBTimeStamp: return dtDateTime;
-    case BSTR: return dtVarChar;
-    case Boolean: return dtBoolean;
-    case ado::adType::Decimal: case Numeric: return dtDecimal;
-    case UnsignedTinyInt: case UnsignedSmallInt: case UnsignedInt: case UnsignedBigInt: return dtUnsignedInteger;
-    case Binary: case VarBinary: case LongVarBinary: return dtBinaryBLOB;
-    case Char: case WChar: case VarChar: case VarWChar: return plSize < 256 ? dtVarChar : dtCharBLOB;
-    case DBDate: return dtDate;
-    case DBTime: return dtTime;
-    case LongVarChar: case LongVarWChar: return dtCharBLOB;
-    default: return dtUnknown;
-    }
+    return TypeGroupOf(GroupColumn::MsSql, plDataType, plSize);
 }
 
 String DbMsSQLReader::GetVersion() {

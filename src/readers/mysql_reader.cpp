@@ -1,6 +1,7 @@
 #include "readers/mysql_reader.hpp"
 
 #include "dialects/name_quoting.hpp"
+#include "readers/type_groups.hpp"
 #include "schema/rowset_shapes.hpp"
 #include "sessions/open_connection.hpp"
 #include "platform/ado/connection.hpp"
@@ -48,26 +49,7 @@ int32_t DbMySQLReader::MajorVersion(const String& version) {
 }
 
 int32_t DbMySQLReader::GetDataTypeGroup(int32_t plDataType, int32_t plSize, int32_t plScale) {
-    using namespace ado::adType;
-    switch (plDataType) {
-    case SmallInt: case Integer: case BigInt: return dtInteger;
-    case Single: return dtSingle;
-    case Double: return dtDouble;
-    case ado::adType::Currency: return dtCurrency;
-    case Date: case DBTimeStamp: return dtDateTime;
-    case BSTR: return dtVarChar;
-    case Boolean: return dtBoolean;
-    case ado::adType::Decimal: case Numeric: case 139: return plSize == 19 && plScale == 4 ? dtCurrency : dtDecimal;
-    case TinyInt: return plSize >= 1 && plSize <= 3 ? dtBoolean : dtInteger;
-    case UnsignedTinyInt: return plSize == 1 ? dtBoolean : dtUnsignedInteger;
-    case UnsignedSmallInt: case UnsignedInt: case UnsignedBigInt: return dtUnsignedInteger;
-    case Binary: case VarBinary: case LongVarBinary: return dtBinaryBLOB;
-    case Char: case WChar: case VarChar: case VarWChar: return plSize < 256 ? dtVarChar : dtCharBLOB;
-    case DBDate: return dtDate;
-    case DBTime: return dtTime;
-    case LongVarChar: case LongVarWChar: return dtCharBLOB;
-    default: return dtUnknown;
-    }
+    return TypeGroupOf(GroupColumn::MySql, plDataType, plSize, plScale);
 }
 
 Ref<ado::Recordset> DbMySQLReader::FetchSchema(int32_t schema, const std::vector<Variant>& criteria) {

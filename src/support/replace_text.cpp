@@ -52,4 +52,10 @@ String ReplaceAll(StringView text, StringView find, StringView replacement) {
     return ReplaceText(text, find, replacement, 1, count, false);
 }
 
+String ReplaceAll(String&& text, StringView find, StringView replacement) {
+    if (find.empty() || text.find(find) == String::npos) return std::move(text);
+    int32_t count = 0;
+    return ReplaceText(text, find, replacement, 1, count, false);
+}
+
 } // namespace zolsdk

@@ -14,6 +14,12 @@ String ReplaceText(StringView text, StringView find, StringView replacement, int
 
 // The common call: from the first character, every hit, case-sensitive.
 String ReplaceAll(StringView text, StringView find, StringView replacement);
+// The same on a text the caller gives away: with no hit it comes back as it
+// is, without a copy (the common case on the copy path).
+String ReplaceAll(String&& text, StringView find, StringView replacement);
+inline String ReplaceAll(const char16_t* text, StringView find, StringView replacement) {
+    return ReplaceAll(StringView(text), find, replacement);
+}
 
 
 } // namespace zolsdk

@@ -28,7 +28,11 @@ int32_t Checked(int64_t v) {
 }
 } // namespace
 
-CStringBuilder::CStringBuilder() : buffer_(static_cast<size_t>(capacity_)), spare_(static_cast<size_t>(capacity_)) {}
+CStringBuilder::CStringBuilder() = default;
+
+void CStringBuilder::Touch(int32_t bytes) {
+    if (bytes > 0 && buffer_.size() < static_cast<size_t>(bytes)) buffer_.resize(static_cast<size_t>(bytes));
+}
 
 int32_t CStringBuilder::BufferBump() const {
     if (sizingMethod_ == kSizingPercent)
@@ -53,9 +57,9 @@ void CStringBuilder::Capacity(int32_t newVal) {
     if (bump == 0) RaisePlatform(err::DivisionByZero);
     const int32_t newCapacity = Checked((static_cast<int64_t>(newVal) + bump - 1) / bump * bump);
     if (newCapacity < length_) length_ = newCapacity;
-    buffer_.resize(static_cast<size_t>(newCapacity));
-    // The spare buffer is scratch space for Insert: its contents never matter.
-    spare_.resize(static_cast<size_t>(newCapacity));
+    // Shrinking drops what lies behind the new end; growing takes nothing yet.
+    if (buffer_.size() > static_cast<size_t>(newCapacity)) buffer_.resize(static_cast<size_t>(newCapacity));
+    if (spare_.size() > static_cast<size_t>(newCapacity)) spare_.resize(static_cast<size_t>(newCapacity));
     capacity_ = newCapacity;
 }
 
@@ -75,8 +79,10 @@ void CStringBuilder::Chars(int32_t position, StringView newVal) {
     if (position < 0 || position >= length_) RaiseRange(u".Chars", u"Tried assigning character past end of buffer.");
     if (newVal.empty()) RaisePlatform(err::InvalidCall); // there is no first character to take
     const size_t offset = static_cast<size_t>(position) * 2;
-    // A write past the allocation is dropped instead of corrupting memory.
-    if (offset + 2 <= buffer_.size()) std::memcpy(buffer_.data() + offset, newVal.data(), 2);
+    // A write past the capacity is dropped instead of corrupting memory.
+    if (offset + 2 > static_cast<size_t>(capacity_)) return;
+    Touch(static_cast<int32_t>(offset + 2));
+    std::memcpy(buffer_.data() + offset, newVal.data(), 2);
 }
 
 int32_t CStringBuilder::Length() const { return length_ / 2; }
@@ -86,6 +92,7 @@ void CStringBuilder::Length(int32_t newVal) {
     const int32_t bytes = Checked(static_cast<int64_t>(newVal) * 2);
     if (bytes > capacity_) Capacity(bytes);
     // Lengthening exposes whatever the buffer held there.
+    Touch(bytes);
     length_ = bytes;
 }
 
@@ -105,6 +112,7 @@ CStringBuilder& CStringBuilder::Append(StringView text) {
     if (text.empty()) return *this;
     const int32_t size = Checked(static_cast<int64_t>(text.size()) * 2);
     EnsureCapacity(Checked(static_cast<int64_t>(length_) + size));
+    Touch(length_ + size);
     std::memcpy(buffer_.data() + length_, text.data(), static_cast<size_t>(size));
     length_ += size;
     return *this;
@@ -124,7 +132,10 @@ CStringBuilder& CStringBuilder::Insert(int32_t position, StringView newText) {
     const int32_t pos = static_cast<int32_t>(pos64);
     const int32_t size = Checked(static_cast<int64_t>(newText.size()) * 2);
     // Room for the text where it lands, also when that is behind the length.
-    EnsureCapacity(Checked(static_cast<int64_t>(std::max(length_, pos)) + size));
+    const int32_t end = Checked(static_cast<int64_t>(std::max(length_, pos)) + size);
+    EnsureCapacity(end);
+    Touch(end);
+    if (spare_.size() < buffer_.size()) spare_.resize(buffer_.size());
 
     uint8_t* dst = spare_.data();
     std::memcpy(dst, buffer_.data(), static_cast<size_t>(pos));

@@ -38,7 +38,11 @@ private:
     int32_t sizingMethod_ = 1;
     int32_t length_ = 0;   // bytes in use
     int32_t capacity_ = 8192;
+    // The capacity is what the builder reports; memory is taken only as far
+    // as the text has reached (what lies behind reads as 0), so a builder
+    // made for one short record costs no 8 KiB of zeros.
     std::vector<uint8_t> buffer_, spare_;
+    void Touch(int32_t bytes);
 };
 
 } // namespace zolsdk

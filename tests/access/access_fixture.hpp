@@ -8,11 +8,14 @@
 #include <functional>
 #include <string>
 
+#include "common/failure.hpp"
 #include "common/temp_dir.hpp"
 #include "sessions/access_session.hpp"
 #include "zolsdk/zolsdk.hpp"
 
 namespace zolsdk::accesstest {
+
+using zoltest::Failure;
 
 inline const std::string kSamples = std::string(ZOLSDK_SHARED_DIR) + "/data/access/";
 
@@ -45,17 +48,6 @@ inline Ref<DbMsAccessDB> Session(const String& attrs) {
     auto s = Ref<DbMsAccessDB>::New();
     s->Connect(attrs);
     return s;
-}
-
-// Runs `f` and hands back the DbError it raised; fails the test if none.
-inline DbError Failure(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const DbError& e) {
-        return e;
-    }
-    ADD_FAILURE() << "no failure was raised";
-    return DbError(0, String(), String());
 }
 
 inline bool Contains(const String& text, StringView part) { return text.find(part) != String::npos; }

@@ -262,23 +262,6 @@ TEST(AccessTypes, FiguresOfEveryAccessField) {
     EXPECT_EQ(FiguresOfSqlType(12, 16777216, 0, 0).fieldType, 203);
 }
 
-TEST(AccessTypes, ReaderGroupsByTypeAndSize) {
-    EXPECT_EQ(DbMsAccessReader::GetDataTypeGroup(202, 50), dtVarChar);
-    EXPECT_EQ(DbMsAccessReader::GetDataTypeGroup(202, 256), dtCharBLOB);
-    EXPECT_EQ(DbMsAccessReader::GetDataTypeGroup(200, 300), dtVarChar);
-    EXPECT_EQ(DbMsAccessReader::GetDataTypeGroup(200, 0), dtCharBLOB);
-    EXPECT_EQ(DbMsAccessReader::GetDataTypeGroup(130, 255), dtVarChar);
-    EXPECT_EQ(DbMsAccessReader::GetDataTypeGroup(130, 0), dtCharBLOB);
-    EXPECT_EQ(DbMsAccessReader::GetDataTypeGroup(129, 255), dtVarChar);
-    EXPECT_EQ(DbMsAccessReader::GetDataTypeGroup(129, 256), dtCharBLOB);
-    EXPECT_EQ(DbMsAccessReader::GetDataTypeGroup(17, 3), dtUnsignedInteger);
-    EXPECT_EQ(DbMsAccessReader::GetDataTypeGroup(16, 1), dtInteger);
-    EXPECT_EQ(DbMsAccessReader::GetDataTypeGroup(139, 0), dtDouble);
-    EXPECT_EQ(DbMsAccessReader::GetDataTypeGroup(131, 19), dtDecimal);
-    EXPECT_EQ(DbMsAccessReader::GetDataTypeGroup(6, 19), dtCurrency);
-    EXPECT_EQ(DbMsAccessReader::GetDataTypeGroup(72, 0), dtUnknown);
-}
-
 TEST(AccessSchema, RowsetsFollowTheirRestrictions) {
     FactRows relationships = {
         {Variant(u"AB"), Variant(u"A"), Variant(u"id"), Variant(u"B"), Variant(u"a_id"), Variant(int32_t{1}),

@@ -1,18 +1,12 @@
 #include <gtest/gtest.h>
 
+#include "common/failure.hpp"
 #include "zolsdk/zolsdk.hpp"
 
 using namespace zolsdk;
 
 namespace {
-int32_t NumberOf(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const DbError& e) {
-        return e.Number();
-    }
-    return 0;
-}
+using zoltest::FailureNumber;
 } // namespace
 
 TEST(CatalogLifecycle, InitSelectsTheSessionAndKeepsTheAttributes) {
@@ -35,13 +29,13 @@ TEST(CatalogLifecycle, InitSelectsTheSessionAndKeepsTheAttributes) {
 
 TEST(CatalogLifecycle, NoEngineMeansObjectNotSetEverywhere) {
     auto fresh = Ref<DbCatalog>::New();
-    EXPECT_EQ(NumberOf([&] { fresh->Name(); }), 91);
-    EXPECT_EQ(NumberOf([&] { fresh->Tables(); }), 91);
+    EXPECT_EQ(FailureNumber([&] { fresh->Name(); }), 91);
+    EXPECT_EQ(FailureNumber([&] { fresh->Tables(); }), 91);
 
     auto cat = Ref<DbCatalog>::New();
-    EXPECT_EQ(NumberOf([&] { cat->Init(u"dbname=a"); }), 91);
-    EXPECT_EQ(NumberOf([&] { cat->Create(); }), 91);
-    EXPECT_EQ(NumberOf([&] { cat->GetDataRowCount(u"t"); }), 91);
+    EXPECT_EQ(FailureNumber([&] { cat->Init(u"dbname=a"); }), 91);
+    EXPECT_EQ(FailureNumber([&] { cat->Create(); }), 91);
+    EXPECT_EQ(FailureNumber([&] { cat->GetDataRowCount(u"t"); }), 91);
 
     // Trapping operations add their line; forwarding ones add none.
     try {
@@ -64,5 +58,5 @@ TEST(ClassFactory, CreatesEveryRegisteredClassByName) {
         EXPECT_TRUE(o) << ToUtf8(name);
     }
     EXPECT_TRUE(CreateObject(u"zolsdk.dbcatalog").As<DbCatalog>());
-    EXPECT_EQ(NumberOf([] { CreateObject(u"NoSuchClass"); }), 429);
+    EXPECT_EQ(FailureNumber([] { CreateObject(u"NoSuchClass"); }), 429);
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "common/failure.hpp"
 #include "catalog/raise_error.hpp"
 #include "zolsdk/zolsdk.hpp"
 #include "platform/failure_chain.hpp"
@@ -7,15 +8,7 @@
 using namespace zolsdk;
 
 namespace {
-DbError Catch(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const DbError& e) {
-        return e;
-    }
-    ADD_FAILURE() << "no failure raised";
-    return DbError(0, u"", u"");
-}
+using zoltest::Failure;
 
 int innerLine = 0, middleLine = 0, outerLine = 0;
 
@@ -47,23 +40,23 @@ void Outer() {
 } // namespace
 
 TEST(FailureChain, RaiseErrorFillsTemplatesInTurn) {
-    DbError e = Catch([] { RaiseError(8192, u"X:GetDateCondition method", {Variant(u"7"), Variant(u"Age")}); });
+    DbError e = Failure([] { RaiseError(8192, u"X:GetDateCondition method", {Variant(u"7"), Variant(u"Age")}); });
     EXPECT_EQ(e.Number(), static_cast<int32_t>(0x80042000));
     EXPECT_EQ(e.Number(), -2147213312);
     EXPECT_EQ(e.Source(), u"ZolSDK");
     EXPECT_EQ(e.Description(), u"Condition operator '7' is not valid for attrribute 'Age'.");
 
     // No arguments: the placeholders stay.
-    e = Catch([] { RaiseError(61441, u"OpenConnection_DB"); });
+    e = Failure([] { RaiseError(61441, u"OpenConnection_DB"); });
     EXPECT_EQ(e.Number(), -2147160063);
     EXPECT_EQ(e.Description(), u"Failed to connect to database '%0'. (Reason: %1)");
 
     // An argument holding "%1" is replaced again by the next argument.
-    e = Catch([] { RaiseError(61441, u"x", {Variant(u"a%1"), Variant(u"b")}); });
+    e = Failure([] { RaiseError(61441, u"x", {Variant(u"a%1"), Variant(u"b")}); });
     EXPECT_EQ(e.Description(), u"Failed to connect to database 'ab'. (Reason: b)");
 
     // Numbers become text as the platform writes them.
-    e = Catch([] { RaiseError(8192, u"x", {Variant(int32_t{45}), Variant(u"Created")}); });
+    e = Failure([] { RaiseError(8192, u"x", {Variant(int32_t{45}), Variant(u"Created")}); });
     EXPECT_EQ(e.Description(), u"Condition operator '45' is not valid for attrribute 'Created'.");
 
     EXPECT_EQ(ErrorText(12288), u"Database object not initialized.");
@@ -73,7 +66,7 @@ TEST(FailureChain, RaiseErrorFillsTemplatesInTurn) {
 }
 
 TEST(FailureChain, EachTrappingRoutineAddsOneLine) {
-    DbError e = Catch(Outer);
+    DbError e = Failure(Outer);
     EXPECT_EQ(e.Number(), errnum::CreateDbFailed);
     EXPECT_EQ(e.Description(), ErrorText(61440));
     String expected = u"ZolSDK => \r\nInner:Run Ln " + IntText(innerLine) + u" => \r\nMiddle:Run Ln " +
@@ -82,7 +75,7 @@ TEST(FailureChain, EachTrappingRoutineAddsOneLine) {
 }
 
 TEST(FailureChain, PlatformFailuresKeepTheirNumberAndSource) {
-    DbError e = Catch([] {
+    DbError e = Failure([] {
         ZOL_ROUTINE(u"T:Convert Ln ");
         try {
             ZOL_LN; Variant(u"abc").ToLong();
@@ -94,12 +87,12 @@ TEST(FailureChain, PlatformFailuresKeepTheirNumberAndSource) {
 
     // A call through a reference to nothing is a catchable 91.
     Ref<DbCatalog> nothing;
-    e = Catch([&] { nothing->Name(); });
+    e = Failure([&] { nothing->Name(); });
     EXPECT_EQ(e.Number(), 91);
     EXPECT_EQ(e.Description(), u"Object variable or With block variable not set");
 
     // Foreign exceptions are turned into library failures by the chain.
-    e = Catch([] {
+    e = Failure([] {
         ZOL_ROUTINE(u"T:Foreign Ln ");
         try {
             throw std::runtime_error("boom");

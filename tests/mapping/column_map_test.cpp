@@ -11,9 +11,8 @@ TEST(ColumnMap, OneMapPerTargetColumnWithPositionsInOrder) {
     auto name = Column(u"name", dtVarChar);
     map->AddColumnMap(name, Column(u"full_name", dtVarChar));
     auto dup = Failure([&] { map->AddColumnMap(name, Column(u"other", dtVarChar)); });
-    ASSERT_TRUE(dup);
-    EXPECT_EQ(dup->Number(), err::DuplicateKey);
-    EXPECT_TRUE(HasTrace(*dup, u"DbColumnMap:AddColumnMap Ln "));
+    EXPECT_EQ(dup.Number(), err::DuplicateKey);
+    EXPECT_TRUE(HasTrace(dup, u"DbColumnMap:AddColumnMap Ln "));
     EXPECT_EQ(map->Count(), 1);
 
     map->AddConstantMap(Column(u"origin", dtVarChar), Variant(u"import"));
@@ -30,9 +29,8 @@ TEST(ColumnMap, OneMapPerTargetColumnWithPositionsInOrder) {
 
     // Without its target column a map has no key to go under.
     auto bare = Failure([&] { map->AddMap(Ref<DbMap>::New()); });
-    ASSERT_TRUE(bare);
-    EXPECT_EQ(bare->Number(), err::ObjectNotSet);
-    EXPECT_TRUE(HasTrace(*bare, u"DbColumnMap:AddMap Ln "));
+    EXPECT_EQ(bare.Number(), err::ObjectNotSet);
+    EXPECT_TRUE(HasTrace(bare, u"DbColumnMap:AddMap Ln "));
     EXPECT_EQ(map->Count(), 4);
 }
 
@@ -48,18 +46,16 @@ TEST(ColumnMap, LookupByPositionOrNameAndExist) {
     EXPECT_FALSE(map->Exist(Variant(int32_t{3})));
 
     auto unknown = Failure([&] { map->Item(Variant(u"missing")); });
-    ASSERT_TRUE(unknown);
-    EXPECT_EQ(unknown->Number(), err::InvalidCall);
+    EXPECT_EQ(unknown.Number(), err::InvalidCall);
     // This one literal has no blank before the number.
-    EXPECT_TRUE(HasTrace(*unknown, u"DbColumnMap:Item Ln"));
-    EXPECT_FALSE(HasTrace(*unknown, u"DbColumnMap:Item Ln "));
-    EXPECT_EQ(Failure([&] { map->Item(Variant(int32_t{0})); })->Number(), err::SubscriptOutOfRange);
+    EXPECT_TRUE(HasTrace(unknown, u"DbColumnMap:Item Ln"));
+    EXPECT_FALSE(HasTrace(unknown, u"DbColumnMap:Item Ln "));
+    EXPECT_EQ(Failure([&] { map->Item(Variant(int32_t{0})); }).Number(), err::SubscriptOutOfRange);
 
     // Only "no such item" is an answer; a key that is no key at all fails.
     auto bad = Failure([&] { map->Exist(Variant::Null()); });
-    ASSERT_TRUE(bad);
-    EXPECT_EQ(bad->Number(), err::InvalidUseOfNull);
-    EXPECT_TRUE(HasTrace(*bad, u"DbColumnMap:Exist Ln "));
+    EXPECT_EQ(bad.Number(), err::InvalidUseOfNull);
+    EXPECT_TRUE(HasTrace(bad, u"DbColumnMap:Exist Ln "));
 }
 
 TEST(ColumnMap, MapTypeGroupAndTargetsByReference) {

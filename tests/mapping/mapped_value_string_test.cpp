@@ -61,9 +61,8 @@ TEST(MappedValueString, ColumnMapsReadTheRowAndBlobsTakeTheSubstitute) {
     auto missing = Ref<DbColumnMap>::New();
     missing->AddColumnMap(Column(u"who", dtVarChar), Column(u"surname", dtVarChar));
     auto failure = Failure([&] { MappedValueString(SourceRow(), missing, u",", u"?"); });
-    ASSERT_TRUE(failure);
-    EXPECT_EQ(failure->Number(), err::InvalidCall);
-    EXPECT_TRUE(HasTrace(*failure, u"basUtility:MappedValueString Ln "));
+    EXPECT_EQ(failure.Number(), err::InvalidCall);
+    EXPECT_TRUE(HasTrace(failure, u"basUtility:MappedValueString Ln "));
 }
 
 TEST(MappedValueString, MapsOfNoKnownKindRepeatThePreviousValue) {
@@ -90,7 +89,6 @@ TEST(MappedValueString, MapsOfNoKnownKindRepeatThePreviousValue) {
 
 TEST(MappedValueString, EmptyMapFailsInTheTextBuffer) {
     auto failure = Failure([] { MappedValueString(SourceRow(), Ref<DbColumnMap>::New(), u",", u"?"); });
-    ASSERT_TRUE(failure);
-    EXPECT_EQ(failure->Description(), u"Argument(s) out of range.");
-    EXPECT_TRUE(HasTrace(*failure, u"basUtility:MappedValueString Ln "));
+    EXPECT_EQ(failure.Description(), u"Argument(s) out of range.");
+    EXPECT_TRUE(HasTrace(failure, u"basUtility:MappedValueString Ln "));
 }

@@ -1,8 +1,8 @@
 #pragma once
 // Builders shared by the mapping tests: real columns, rows and expressions.
 #include <functional>
-#include <optional>
 
+#include "common/failure.hpp"
 #include "zolsdk/data/data_row.hpp"
 #include "zolsdk/mapping/column_map.hpp"
 #include "zolsdk/mapping/map_expression.hpp"
@@ -33,15 +33,7 @@ inline Ref<DbMapExpression> Expression(DbExpressionOperatorEnum op, std::initial
     return e;
 }
 
-// The failure `f` raises, none when it returns.
-inline std::optional<DbError> Failure(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const DbError& e) {
-        return e;
-    }
-    return std::nullopt;
-}
+using zoltest::Failure;
 
 // The chain's line for a routine: its literal followed by a line number.
 inline bool HasTrace(const DbError& e, const String& literal) {

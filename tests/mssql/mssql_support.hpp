@@ -11,6 +11,7 @@
 #include <map>
 #include <vector>
 
+#include "common/failure.hpp"
 #include "catalog/attributes.hpp"
 #include "sessions/mssql_session.hpp"
 #include "zolsdk/catalog/error_numbers.hpp"
@@ -18,6 +19,8 @@
 #include "platform/ado/rowset_feed.hpp"
 
 namespace zolsdk::mssqltest {
+
+using zoltest::Failure;
 
 // Nothing listens on port 1 of the loopback: a connection there is refused
 // at once.
@@ -87,17 +90,6 @@ private:
             throw DbError(errnum::Unexpected, u"ZolSDK => \r\nDbMsSqlDB:ExecuteNoQuery Ln 1", u"refused: " + sql);
     }
 };
-
-// Runs `f` and hands back the DbError it raised; fails the test if none.
-inline DbError Failure(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const DbError& e) {
-        return e;
-    }
-    ADD_FAILURE() << "no failure was raised";
-    return DbError(0, String(), String());
-}
 
 inline bool Contains(const String& text, StringView part) { return text.find(part) != String::npos; }
 

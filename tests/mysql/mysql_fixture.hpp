@@ -12,12 +12,15 @@
 #include <string>
 #include <unistd.h>
 
+#include "common/failure.hpp"
 #include "catalog/attributes.hpp"
 #include "sessions/mysql_session.hpp"
 #include "platform/ado/connection.hpp"
 #include "zolsdk/platform/error.hpp"
 
 namespace zolsdk::mysqltest {
+
+using zoltest::Failure;
 
 inline String ServerAttributes() {
     const char* env = std::getenv("ZOLSDK_MYSQL_ATTRS");
@@ -127,17 +130,6 @@ private:
         return FromUtf8(name);
     }
 };
-
-// Runs `f` and hands back the DbError it raised; fails the test if none.
-inline DbError Failure(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const DbError& e) {
-        return e;
-    }
-    ADD_FAILURE() << "no failure was raised";
-    return DbError(0, String(), String());
-}
 
 inline bool Contains(const String& text, StringView part) { return text.find(part) != String::npos; }
 

@@ -234,14 +234,6 @@ TEST(MySqlReader, VersionTextAndByteNames) {
     EXPECT_EQ(DbMySQLReader::MajorVersion(u"4.1"), 4);
     EXPECT_EQ(DbMySQLReader::BytesToString(Variant(Bytes{'a', 'b', 0, 'c'})), u"ab");
     EXPECT_EQ(DbMySQLReader::BytesToString(Variant(Bytes{'k', 'e', 'y'})), u"key");
-    EXPECT_EQ(DbMySQLReader::GetDataTypeGroup(ado::adType::TinyInt, 4, 0), dtInteger);
-    EXPECT_EQ(DbMySQLReader::GetDataTypeGroup(ado::adType::TinyInt, 3, 0), dtBoolean);
-    EXPECT_EQ(DbMySQLReader::GetDataTypeGroup(ado::adType::UnsignedTinyInt, 3, 0), dtUnsignedInteger);
-    EXPECT_EQ(DbMySQLReader::GetDataTypeGroup(ado::adType::Numeric, 19, 4), dtCurrency);
-    EXPECT_EQ(DbMySQLReader::GetDataTypeGroup(ado::adType::Numeric, 19, 2), dtDecimal);
-    EXPECT_EQ(DbMySQLReader::GetDataTypeGroup(ado::adType::VarWChar, 255, 0), dtVarChar);
-    EXPECT_EQ(DbMySQLReader::GetDataTypeGroup(ado::adType::LongVarWChar, 10, 0), dtCharBLOB);
-    EXPECT_EQ(DbMySQLReader::GetDataTypeGroup(ado::adType::GUID, 0, 0), dtUnknown);
 }
 
 TEST(MySqlReader, FailuresNameTheirRoutines) {

@@ -6,7 +6,7 @@
 #include "zolsdk/platform/collection.hpp"
 
 using namespace zolsdk;
-using zolsdk::testing::FailureOf;
+using zolsdk::testing::FailureNumber;
 
 namespace {
 std::vector<String> Texts(const Collection& c) {
@@ -32,23 +32,23 @@ TEST(Collection, OneBasedPositionsAndCaseBlindKeys) {
     EXPECT_TRUE(c.Contains(u"gamma"));
     EXPECT_FALSE(c.Contains(u"second"));
     // A text is a key even when it looks like a number.
-    EXPECT_EQ(FailureOf([&] { c.Item(Variant(u"1")); }), err::InvalidCall);
+    EXPECT_EQ(FailureNumber([&] { c.Item(Variant(u"1")); }), err::InvalidCall);
 }
 
 TEST(Collection, FailuresOfThePlatform) {
     Collection c;
-    EXPECT_EQ(FailureOf([&] { c.Item(Variant(int32_t{1})); }), err::SubscriptOutOfRange);
+    EXPECT_EQ(FailureNumber([&] { c.Item(Variant(int32_t{1})); }), err::SubscriptOutOfRange);
     c.Add(Variant(u"a"), u"k");
-    EXPECT_EQ(FailureOf([&] { c.Item(Variant(int32_t{0})); }), err::SubscriptOutOfRange);
-    EXPECT_EQ(FailureOf([&] { c.Item(Variant(int32_t{2})); }), err::SubscriptOutOfRange);
-    EXPECT_EQ(FailureOf([&] { c.Item(Variant(int32_t{-1})); }), err::SubscriptOutOfRange);
-    EXPECT_EQ(FailureOf([&] { c.Item(Variant(u"missing")); }), err::InvalidCall);
-    EXPECT_EQ(FailureOf([&] { c.Add(Variant(u"b"), u"K"); }), err::DuplicateKey);
+    EXPECT_EQ(FailureNumber([&] { c.Item(Variant(int32_t{0})); }), err::SubscriptOutOfRange);
+    EXPECT_EQ(FailureNumber([&] { c.Item(Variant(int32_t{2})); }), err::SubscriptOutOfRange);
+    EXPECT_EQ(FailureNumber([&] { c.Item(Variant(int32_t{-1})); }), err::SubscriptOutOfRange);
+    EXPECT_EQ(FailureNumber([&] { c.Item(Variant(u"missing")); }), err::InvalidCall);
+    EXPECT_EQ(FailureNumber([&] { c.Add(Variant(u"b"), u"K"); }), err::DuplicateKey);
     EXPECT_EQ(c.Count(), 1); // the failed Add left nothing behind
-    EXPECT_EQ(FailureOf([&] { c.Remove(Variant(u"nope")); }), err::InvalidCall);
-    EXPECT_EQ(FailureOf([&] { c.Remove(Variant(int32_t{5})); }), err::SubscriptOutOfRange);
-    EXPECT_EQ(FailureOf([&] { c.Add(Variant(u"c"), u"", Variant(u"nope")); }), err::InvalidCall);
-    EXPECT_EQ(FailureOf([&] { c.Add(Variant(u"c"), u"", Variant(int32_t{3})); }), err::SubscriptOutOfRange);
+    EXPECT_EQ(FailureNumber([&] { c.Remove(Variant(u"nope")); }), err::InvalidCall);
+    EXPECT_EQ(FailureNumber([&] { c.Remove(Variant(int32_t{5})); }), err::SubscriptOutOfRange);
+    EXPECT_EQ(FailureNumber([&] { c.Add(Variant(u"c"), u"", Variant(u"nope")); }), err::InvalidCall);
+    EXPECT_EQ(FailureNumber([&] { c.Add(Variant(u"c"), u"", Variant(int32_t{3})); }), err::SubscriptOutOfRange);
     EXPECT_EQ(c.Count(), 1);
 }
 

@@ -4,7 +4,7 @@
 #include "zolsdk/platform/datetime.hpp"
 
 using namespace zolsdk;
-using zolsdk::testing::FailureOf;
+using zolsdk::testing::FailureNumber;
 
 namespace {
 ::testing::AssertionResult PartsAre(double date, int y, int mo, int d, int h = 0, int mi = 0, int s = 0) {
@@ -23,10 +23,10 @@ TEST(DateSerial, AnchorsAndRange) {
     EXPECT_EQ(DateSerial(2000, 1, 1), 36526.0);
     EXPECT_EQ(DateSerial(100, 1, 1), -657434.0);
     EXPECT_EQ(DateSerial(9999, 12, 31), 2958465.0);
-    EXPECT_EQ(FailureOf([] { DateSerial(10000, 1, 1); }), err::InvalidCall);
-    EXPECT_EQ(FailureOf([] { DateSerial(-1, 1, 1); }), err::InvalidCall);
-    EXPECT_EQ(FailureOf([] { DateSerial(9999, 12, 32); }), err::InvalidCall);
-    EXPECT_EQ(FailureOf([] { DateSerial(100, 1, 0); }), err::InvalidCall);
+    EXPECT_EQ(FailureNumber([] { DateSerial(10000, 1, 1); }), err::InvalidCall);
+    EXPECT_EQ(FailureNumber([] { DateSerial(-1, 1, 1); }), err::InvalidCall);
+    EXPECT_EQ(FailureNumber([] { DateSerial(9999, 12, 32); }), err::InvalidCall);
+    EXPECT_EQ(FailureNumber([] { DateSerial(100, 1, 0); }), err::InvalidCall);
 }
 
 TEST(DateSerial, MonthsAndDaysRollOver) {

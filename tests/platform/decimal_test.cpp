@@ -4,7 +4,7 @@
 #include "zolsdk/platform/decimal.hpp"
 
 using namespace zolsdk;
-using zolsdk::testing::FailureOf;
+using zolsdk::testing::FailureNumber;
 
 namespace {
 Decimal D(const char16_t* text) {
@@ -41,9 +41,9 @@ TEST(Decimal, ParseAndText) {
     EXPECT_FALSE(Decimal::TryParse(u"3,5", u'.', out));
     EXPECT_TRUE(Decimal::TryParse(u"3,5", u',', out));
     EXPECT_EQ(out.ToText(u','), u"3,5");
-    EXPECT_EQ(FailureOf([] { Decimal d; Decimal::TryParse(u"79228162514264337593543950336", u'.', d); }),
+    EXPECT_EQ(FailureNumber([] { Decimal d; Decimal::TryParse(u"79228162514264337593543950336", u'.', d); }),
               err::Overflow);
-    EXPECT_EQ(FailureOf([] { Decimal d; Decimal::TryParse(u"1E+29", u'.', d); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { Decimal d; Decimal::TryParse(u"1E+29", u'.', d); }), err::Overflow);
 }
 
 TEST(Decimal, AddAndSubtractAtTheLimits) {
@@ -53,9 +53,9 @@ TEST(Decimal, AddAndSubtractAtTheLimits) {
     EXPECT_EQ(D(kMax).Sub(D(kMax)).ToText(), u"0");
     EXPECT_EQ(D(kMax).Add(D(u"0.4")).ToText(), kMax);
     EXPECT_EQ(D(u"-79228162514264337593543950335").Sub(D(u"0.4")).ToText(), u"-79228162514264337593543950335");
-    EXPECT_EQ(FailureOf([] { D(kMax).Add(D(u"1")); }), err::Overflow);
-    EXPECT_EQ(FailureOf([] { D(kMax).Add(D(u"0.5")); }), err::Overflow);
-    EXPECT_EQ(FailureOf([] { D(u"-79228162514264337593543950335").Sub(D(u"1")); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { D(kMax).Add(D(u"1")); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { D(kMax).Add(D(u"0.5")); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { D(u"-79228162514264337593543950335").Sub(D(u"1")); }), err::Overflow);
     // A small addend loses the digits that no longer fit.
     EXPECT_EQ(D(u"10000000000000000000000000000").Add(D(u"0.0000000000000000000000000001")).ToText(),
               u"10000000000000000000000000000");
@@ -71,7 +71,7 @@ TEST(Decimal, MultiplyAndDivide) {
     EXPECT_EQ(D(u"0.00000000000001").Mul(D(u"0.000000000000001")).ToText(), u"0");
     EXPECT_EQ(D(u"0.00000000000005").Mul(D(u"0.000000000000003")).ToText(), u"0.0000000000000000000000000002");
     EXPECT_EQ(D(u"39614081257132168796771975167").Mul(D(u"2")).ToText(), u"79228162514264337593543950334");
-    EXPECT_EQ(FailureOf([] { D(u"39614081257132168796771975168").Mul(D(u"2")); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { D(u"39614081257132168796771975168").Mul(D(u"2")); }), err::Overflow);
     EXPECT_EQ(D(u"12345678901234.5678").Mul(D(u"12345678901234.5678")).ToText(),
               u"152415787532388365279682997.65");
 
@@ -82,8 +82,8 @@ TEST(Decimal, MultiplyAndDivide) {
     EXPECT_EQ(D(u"-1").Div(D(u"8")).ToText(), u"-0.125");
     EXPECT_EQ(D(u"1").Div(D(u"0.001")).ToText(), u"1000");
     EXPECT_EQ(D(u"6").Div(D(u"1.5")).ToText(), u"4");
-    EXPECT_EQ(FailureOf([] { D(u"1").Div(D(u"0")); }), err::DivisionByZero);
-    EXPECT_EQ(FailureOf([] { D(u"10000000000000000000000000000").Div(D(u"0.1")); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { D(u"1").Div(D(u"0")); }), err::DivisionByZero);
+    EXPECT_EQ(FailureNumber([] { D(u"10000000000000000000000000000").Div(D(u"0.1")); }), err::Overflow);
 }
 
 TEST(Decimal, RoundingConversionsAndOrder) {
@@ -96,13 +96,13 @@ TEST(Decimal, RoundingConversionsAndOrder) {
     EXPECT_EQ(D(u"3.5").ToInt64(), 4);
     EXPECT_EQ(D(u"-2.5").ToInt64(), -2);
     EXPECT_EQ(D(u"-9223372036854775808").ToInt64(), INT64_MIN);
-    EXPECT_EQ(FailureOf([] { D(u"9223372036854775808").ToInt64(); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { D(u"9223372036854775808").ToInt64(); }), err::Overflow);
     EXPECT_EQ(D(u"0.1").ToDouble(), 0.1);
     EXPECT_EQ(Decimal::FromDouble(0.1).ToText(), u"0.1");
     EXPECT_EQ(Decimal::FromDouble(1.0 / 3.0).ToText(), u"0.333333333333333");
     EXPECT_EQ(Decimal::FromDouble(-1234567.125).ToText(), u"-1234567.125");
     EXPECT_EQ(Decimal::FromDouble(1e-20).ToText(), u"0.00000000000000000001");
-    EXPECT_EQ(FailureOf([] { Decimal::FromDouble(8e28); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { Decimal::FromDouble(8e28); }), err::Overflow);
     EXPECT_EQ(Decimal::FromInt64(INT64_MIN).ToText(), u"-9223372036854775808");
     EXPECT_EQ(Decimal::FromUInt64(UINT64_MAX).ToText(), u"18446744073709551615");
 

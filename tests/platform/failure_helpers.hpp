@@ -1,21 +1,13 @@
 #pragma once
-// Helpers for tests that expect a failure of the platform layer.
+// Helpers for the platform tests: failures and a fixed user locale.
 #include <functional>
 
-#include "zolsdk/platform/error.hpp"
+#include "common/failure.hpp"
 #include "zolsdk/platform/locale.hpp"
 
 namespace zolsdk::testing {
 
-// The number of the DbError that `f` raises, 0 when it raises none.
-inline int32_t FailureOf(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const DbError& e) {
-        return e.Number();
-    }
-    return 0;
-}
+using zoltest::FailureNumber;
 
 // A user locale for the length of a test; the process locale comes back after.
 class LocaleScope {

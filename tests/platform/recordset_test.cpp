@@ -6,7 +6,7 @@
 
 using namespace zolsdk;
 using namespace zolsdk::ado;
-using zolsdk::testing::FailureOf;
+using zolsdk::testing::FailureNumber;
 
 namespace {
 // A rowset of people: name (text of at most 10), age, city.
@@ -42,16 +42,16 @@ TEST(Recordset, EmptyRowsetIsAtBothEnds) {
     EXPECT_TRUE(rs->Eof());
     EXPECT_TRUE(rs->Bof());
     EXPECT_EQ(rs->RecordCount(), 0);
-    EXPECT_EQ(FailureOf([&] { rs->MoveFirst(); }), err::AdoNoCurrentRecord);
-    EXPECT_EQ(FailureOf([&] { rs->MoveNext(); }), err::AdoNoCurrentRecord);
-    EXPECT_EQ(FailureOf([&] { rs->Move(0, Variant(int32_t{1})); }), err::AdoNoCurrentRecord);
-    EXPECT_EQ(FailureOf([&] { rs->Value(u"type"); }), err::AdoNoCurrentRecord);
-    EXPECT_EQ(FailureOf([&] { rs->GetString(); }), err::AdoNoCurrentRecord);
-    EXPECT_EQ(FailureOf([&] { rs->Bookmark(); }), err::AdoNoCurrentRecord);
+    EXPECT_EQ(FailureNumber([&] { rs->MoveFirst(); }), err::AdoNoCurrentRecord);
+    EXPECT_EQ(FailureNumber([&] { rs->MoveNext(); }), err::AdoNoCurrentRecord);
+    EXPECT_EQ(FailureNumber([&] { rs->Move(0, Variant(int32_t{1})); }), err::AdoNoCurrentRecord);
+    EXPECT_EQ(FailureNumber([&] { rs->Value(u"type"); }), err::AdoNoCurrentRecord);
+    EXPECT_EQ(FailureNumber([&] { rs->GetString(); }), err::AdoNoCurrentRecord);
+    EXPECT_EQ(FailureNumber([&] { rs->Bookmark(); }), err::AdoNoCurrentRecord);
     rs->Close();
     EXPECT_EQ(rs->State(), adStateClosed);
-    EXPECT_EQ(FailureOf([&] { rs->Eof(); }), err::AdoNotAllowedClosed);
-    EXPECT_EQ(FailureOf([&] { rs->Close(); }), err::AdoNotAllowedClosed);
+    EXPECT_EQ(FailureNumber([&] { rs->Eof(); }), err::AdoNotAllowedClosed);
+    EXPECT_EQ(FailureNumber([&] { rs->Close(); }), err::AdoNotAllowedClosed);
 }
 
 TEST(Recordset, FieldsAreFoundWithoutRegardToCase) {
@@ -62,9 +62,9 @@ TEST(Recordset, FieldsAreFoundWithoutRegardToCase) {
     EXPECT_EQ(rs->Fields().Item(u"Unique").Type(), adType::Boolean);
     EXPECT_EQ(rs->Fields().Item(u"index_name").DefinedSize(), 255);
     EXPECT_EQ(rs->Fields().IndexOf(u"nope"), -1);
-    EXPECT_EQ(FailureOf([&] { rs->Fields().Item(u"nope"); }), err::AdoItemNotFound);
-    EXPECT_EQ(FailureOf([&] { rs->Fields().Item(2); }), err::AdoItemNotFound);
-    EXPECT_EQ(FailureOf([&] { rs->Fields().Append(u"late", adType::Integer); }), err::AdoNotAllowedOpen);
+    EXPECT_EQ(FailureNumber([&] { rs->Fields().Item(u"nope"); }), err::AdoItemNotFound);
+    EXPECT_EQ(FailureNumber([&] { rs->Fields().Item(2); }), err::AdoItemNotFound);
+    EXPECT_EQ(FailureNumber([&] { rs->Fields().Append(u"late", adType::Integer); }), err::AdoNotAllowedOpen);
 }
 
 TEST(Recordset, WritesAreCoercedToTheFieldType) {
@@ -74,9 +74,9 @@ TEST(Recordset, WritesAreCoercedToTheFieldType) {
     EXPECT_EQ(rs->Value(u"age").ToLong(), 42);
     rs->Value(u"name", Variant(u"0123456789")); // exactly the defined size
     EXPECT_EQ(rs->Value(u"name").ToString(), u"0123456789");
-    EXPECT_EQ(FailureOf([&] { rs->Value(u"name", Variant(u"01234567890")); }), err::AdoMultipleStep);
+    EXPECT_EQ(FailureNumber([&] { rs->Value(u"name", Variant(u"01234567890")); }), err::AdoMultipleStep);
     EXPECT_EQ(rs->Value(u"name").ToString(), u"0123456789"); // the failed write changed nothing
-    EXPECT_EQ(FailureOf([&] { rs->Value(u"age", Variant(u"old")); }), err::TypeMismatch);
+    EXPECT_EQ(FailureNumber([&] { rs->Value(u"age", Variant(u"old")); }), err::TypeMismatch);
     rs->Value(u"city", Variant());
     EXPECT_TRUE(rs->Value(u"city").IsNull());
 
@@ -85,7 +85,7 @@ TEST(Recordset, WritesAreCoercedToTheFieldType) {
     shapes->Value(u"is_nullable", Variant(int32_t{-1}));
     EXPECT_EQ(shapes->Value(u"is_nullable").Type(), VarType::Boolean);
     EXPECT_TRUE(shapes->Value(u"is_nullable").ToBoolean());
-    EXPECT_EQ(FailureOf([&] { shapes->Value(u"column_default", Variant(String(256, u'x'))); }), err::AdoMultipleStep);
+    EXPECT_EQ(FailureNumber([&] { shapes->Value(u"column_default", Variant(String(256, u'x'))); }), err::AdoMultipleStep);
     shapes->Value(u"column_default", Variant(String(255, u'x')));
     shapes->Update();
     EXPECT_EQ(shapes->RecordCount(), 1);
@@ -100,13 +100,13 @@ TEST(Recordset, MovingAroundAndTheEnds) {
     rs->MoveNext();
     EXPECT_TRUE(rs->Eof());
     EXPECT_FALSE(rs->Bof());
-    EXPECT_EQ(FailureOf([&] { rs->MoveNext(); }), err::AdoNoCurrentRecord);
+    EXPECT_EQ(FailureNumber([&] { rs->MoveNext(); }), err::AdoNoCurrentRecord);
     rs->MovePrevious();
     EXPECT_EQ(rs->Value(u"name").ToString(), u"dora");
     rs->MoveFirst();
     rs->MovePrevious();
     EXPECT_TRUE(rs->Bof());
-    EXPECT_EQ(FailureOf([&] { rs->MovePrevious(); }), err::AdoNoCurrentRecord);
+    EXPECT_EQ(FailureNumber([&] { rs->MovePrevious(); }), err::AdoNoCurrentRecord);
 
     // Move with start 1 counts from the first row: 0 is the first row.
     rs->Move(0, Variant(int32_t{1}));
@@ -160,13 +160,13 @@ TEST(Recordset, MalformedFiltersFailAndKeepTheView) {
     auto rs = People();
     rs->Filter(Variant(u"age = 25"));
     // A key with an apostrophe, put in without escaping, breaks the filter.
-    EXPECT_EQ(FailureOf([&] { rs->Filter(Variant(u"name = 'O'Brien'")); }), err::AdoFilterInvalid);
-    EXPECT_EQ(FailureOf([&] { rs->Filter(Variant(u"name = 'open")); }), err::AdoFilterInvalid);
-    EXPECT_EQ(FailureOf([&] { rs->Filter(Variant(u"nosuch = 1")); }), err::AdoFilterInvalid);
-    EXPECT_EQ(FailureOf([&] { rs->Filter(Variant(u"age 25")); }), err::AdoFilterInvalid);
-    EXPECT_EQ(FailureOf([&] { rs->Filter(Variant(u"age = x")); }), err::AdoFilterInvalid);
-    EXPECT_EQ(FailureOf([&] { rs->Filter(Variant(u"age = 1 AND")); }), err::AdoFilterInvalid);
-    EXPECT_EQ(FailureOf([&] { rs->Filter(Variant(int32_t{7})); }), err::AdoArguments);
+    EXPECT_EQ(FailureNumber([&] { rs->Filter(Variant(u"name = 'O'Brien'")); }), err::AdoFilterInvalid);
+    EXPECT_EQ(FailureNumber([&] { rs->Filter(Variant(u"name = 'open")); }), err::AdoFilterInvalid);
+    EXPECT_EQ(FailureNumber([&] { rs->Filter(Variant(u"nosuch = 1")); }), err::AdoFilterInvalid);
+    EXPECT_EQ(FailureNumber([&] { rs->Filter(Variant(u"age 25")); }), err::AdoFilterInvalid);
+    EXPECT_EQ(FailureNumber([&] { rs->Filter(Variant(u"age = x")); }), err::AdoFilterInvalid);
+    EXPECT_EQ(FailureNumber([&] { rs->Filter(Variant(u"age = 1 AND")); }), err::AdoFilterInvalid);
+    EXPECT_EQ(FailureNumber([&] { rs->Filter(Variant(int32_t{7})); }), err::AdoArguments);
     EXPECT_EQ(rs->RecordCount(), 2);
     EXPECT_EQ(rs->Filter().ToString(), u"age = 25");
 }
@@ -178,7 +178,7 @@ TEST(Recordset, BookmarkSurvivesAFilterChange) {
     rs->Filter(Variant(u"name = 'dora'"));
     EXPECT_EQ(rs->Value(u"name").ToString(), u"dora");
     // The marked row is out of view under this filter.
-    EXPECT_EQ(FailureOf([&] { rs->Bookmark(mark); }), err::AdoArguments);
+    EXPECT_EQ(FailureNumber([&] { rs->Bookmark(mark); }), err::AdoArguments);
     rs->Filter(Variant(int32_t{0}));
     rs->Bookmark(mark);
     EXPECT_EQ(rs->Value(u"name").ToString(), u"Cid");
@@ -186,7 +186,7 @@ TEST(Recordset, BookmarkSurvivesAFilterChange) {
     rs->Sort(u"name DESC");
     rs->Bookmark(mark);
     EXPECT_EQ(rs->Value(u"name").ToString(), u"Cid");
-    EXPECT_EQ(FailureOf([&] { rs->Bookmark(Variant(99.0)); }), err::AdoArguments);
+    EXPECT_EQ(FailureNumber([&] { rs->Bookmark(Variant(99.0)); }), err::AdoArguments);
 }
 
 TEST(Recordset, SortAscendingDescendingAndOnSeveralFields) {
@@ -202,7 +202,7 @@ TEST(Recordset, SortAscendingDescendingAndOnSeveralFields) {
     rs->Filter(Variant(u"age = 25"));
     rs->Sort(u"[name] desc");
     EXPECT_EQ(Names(*rs), u"dora;bob;");
-    EXPECT_EQ(FailureOf([&] { rs->Sort(u"nosuch"); }), err::AdoArguments);
+    EXPECT_EQ(FailureNumber([&] { rs->Sort(u"nosuch"); }), err::AdoArguments);
     EXPECT_EQ(rs->Sort(), u"[name] desc");
     EXPECT_EQ(Names(*rs), u"dora;bob;");
     rs->Sort(u"");
@@ -224,12 +224,12 @@ TEST(Recordset, FindMovesToTheNextMatch) {
     EXPECT_EQ(rs->Value(u"name").ToString(), u"Cid");
     rs->Find(u"age > 100");
     EXPECT_TRUE(rs->Eof());
-    EXPECT_EQ(FailureOf([&] { rs->Find(u"age = 25"); }), err::AdoNoCurrentRecord);
+    EXPECT_EQ(FailureNumber([&] { rs->Find(u"age = 25"); }), err::AdoNoCurrentRecord);
     rs->MoveLast();
     rs->Find(u"age > 100", 0, -1);
     EXPECT_TRUE(rs->Bof());
     rs->MoveFirst();
-    EXPECT_EQ(FailureOf([&] { rs->Find(u"age = 25 AND name = 'bob'"); }), err::AdoArguments);
+    EXPECT_EQ(FailureNumber([&] { rs->Find(u"age = 25 AND name = 'bob'"); }), err::AdoArguments);
 }
 
 TEST(Recordset, GetStringDumpsTheRowsInView) {
@@ -243,7 +243,7 @@ TEST(Recordset, GetStringDumpsTheRowsInView) {
     EXPECT_EQ(rs->Value(u"name").ToString(), u"dora");
     rs->Filter(Variant(u"city = 'oslo'"));
     EXPECT_EQ(rs->GetString(adClipString, -1, u",", u";", u""), u"Ann,31,Oslo;dora,25,oslo;");
-    EXPECT_EQ(FailureOf([&] { rs->GetString(); }), err::AdoNoCurrentRecord);
+    EXPECT_EQ(FailureNumber([&] { rs->GetString(); }), err::AdoNoCurrentRecord);
 }
 
 TEST(Recordset, AddNewUpdateAndCancel) {

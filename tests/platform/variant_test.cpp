@@ -8,7 +8,7 @@
 #include "zolsdk/platform/variant.hpp"
 
 using namespace zolsdk;
-using zolsdk::testing::FailureOf;
+using zolsdk::testing::FailureNumber;
 using zolsdk::testing::LocaleScope;
 
 namespace {
@@ -74,10 +74,10 @@ TEST(VariantText, OtherKinds) {
     EXPECT_EQ(Variant(Currency::FromRaw(-5000)).ToString(), u"-0.5");
     EXPECT_EQ(Variant(Currency::FromRaw(INT64_MIN)).ToString(), u"-922337203685477.5808");
     EXPECT_EQ(Variant(Bytes{u'A', 0, u'B', 0}).ToString(), u"AB");
-    EXPECT_EQ(FailureOf([] { Variant::Null().ToString(); }), err::InvalidUseOfNull);
-    EXPECT_EQ(FailureOf([] { Variant(nullptr).ToString(); }), err::ObjectNotSet);
-    EXPECT_EQ(FailureOf([] { Variant(Ref<Thing>::New()).ToString(); }), err::TypeMismatch);
-    EXPECT_EQ(FailureOf([] { Variant(std::numeric_limits<double>::infinity()).ToString(); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { Variant::Null().ToString(); }), err::InvalidUseOfNull);
+    EXPECT_EQ(FailureNumber([] { Variant(nullptr).ToString(); }), err::ObjectNotSet);
+    EXPECT_EQ(FailureNumber([] { Variant(Ref<Thing>::New()).ToString(); }), err::TypeMismatch);
+    EXPECT_EQ(FailureNumber([] { Variant(std::numeric_limits<double>::infinity()).ToString(); }), err::Overflow);
 }
 
 TEST(VariantNumbers, TextToNumberFollowsTheLocale) {
@@ -97,13 +97,13 @@ TEST(VariantNumbers, TextToNumberFollowsTheLocale) {
         EXPECT_EQ(Variant(u"&O17").ToLong(), 15);
         EXPECT_EQ(Variant(u"1E-400").ToDouble(), 0.0);
         EXPECT_EQ(Variant(u"-0.00012e-398").ToDouble(), 0.0);
-        EXPECT_EQ(FailureOf([] { Variant(u"1E+400").ToDouble(); }), err::Overflow);
-        EXPECT_EQ(FailureOf([] { Variant(u"0.001e312").ToDouble(); }), err::Overflow);
-        EXPECT_EQ(FailureOf([] { Variant(u"abc").ToDouble(); }), err::TypeMismatch);
-        EXPECT_EQ(FailureOf([] { Variant(u"").ToDouble(); }), err::TypeMismatch);
-        EXPECT_EQ(FailureOf([] { Variant(u"1.2.3").ToDouble(); }), err::TypeMismatch);
-        EXPECT_EQ(FailureOf([] { Variant(u"1e").ToDouble(); }), err::TypeMismatch);
-        EXPECT_EQ(FailureOf([] { Variant(u"&HG").ToLong(); }), err::TypeMismatch);
+        EXPECT_EQ(FailureNumber([] { Variant(u"1E+400").ToDouble(); }), err::Overflow);
+        EXPECT_EQ(FailureNumber([] { Variant(u"0.001e312").ToDouble(); }), err::Overflow);
+        EXPECT_EQ(FailureNumber([] { Variant(u"abc").ToDouble(); }), err::TypeMismatch);
+        EXPECT_EQ(FailureNumber([] { Variant(u"").ToDouble(); }), err::TypeMismatch);
+        EXPECT_EQ(FailureNumber([] { Variant(u"1.2.3").ToDouble(); }), err::TypeMismatch);
+        EXPECT_EQ(FailureNumber([] { Variant(u"1e").ToDouble(); }), err::TypeMismatch);
+        EXPECT_EQ(FailureNumber([] { Variant(u"&HG").ToLong(); }), err::TypeMismatch);
     }
     {
         LocaleScope l(u",", u".");
@@ -136,47 +136,47 @@ TEST(VariantNumbers, IntegerConversionsRoundHalfToEven) {
 
 TEST(VariantNumbers, OverflowAtTheEdgesOfEachType) {
     EXPECT_EQ(Variant(32767.4).ToInteger(), 32767);
-    EXPECT_EQ(FailureOf([] { Variant(32767.5).ToInteger(); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { Variant(32767.5).ToInteger(); }), err::Overflow);
     EXPECT_EQ(Variant(-32768.5).ToInteger(), -32768);
-    EXPECT_EQ(FailureOf([] { Variant(-32768.6).ToInteger(); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { Variant(-32768.6).ToInteger(); }), err::Overflow);
     EXPECT_EQ(Variant(2147483647.4).ToLong(), INT32_MAX);
-    EXPECT_EQ(FailureOf([] { Variant(2147483647.5).ToLong(); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { Variant(2147483647.5).ToLong(); }), err::Overflow);
     EXPECT_EQ(Variant(-2147483648.0).ToLong(), INT32_MIN);
-    EXPECT_EQ(FailureOf([] { Variant(u"4294967296").ToLong(); }), err::Overflow);
-    EXPECT_EQ(FailureOf([] { Variant(Decimal::FromInt64(2147483648LL)).ToLong(); }), err::Overflow);
-    EXPECT_EQ(FailureOf([] { Variant(-0.6).ToByte(); }), err::Overflow);
-    EXPECT_EQ(FailureOf([] { Variant(255.5).ToByte(); }), err::Overflow);
-    EXPECT_EQ(FailureOf([] { Variant(1e39).ToSingle(); }), err::Overflow);
-    EXPECT_EQ(FailureOf([] { Variant(std::nan("")).ToLong(); }), err::Overflow);
-    EXPECT_EQ(FailureOf([] { Variant(1e30).ToDecimal(); }), err::Overflow);
-    EXPECT_EQ(FailureOf([] { Variant(1e15).ToCurrency(); }), err::Overflow);
-    EXPECT_EQ(FailureOf([] { Variant(u"922337203685477.5808").ToCurrency(); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { Variant(u"4294967296").ToLong(); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { Variant(Decimal::FromInt64(2147483648LL)).ToLong(); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { Variant(-0.6).ToByte(); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { Variant(255.5).ToByte(); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { Variant(1e39).ToSingle(); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { Variant(std::nan("")).ToLong(); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { Variant(1e30).ToDecimal(); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { Variant(1e15).ToCurrency(); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { Variant(u"922337203685477.5808").ToCurrency(); }), err::Overflow);
     EXPECT_EQ(Variant(u"922337203685477.5807").ToCurrency().raw, INT64_MAX);
 }
 
 TEST(VariantNumbers, NullEmptyAndObjects) {
-    EXPECT_EQ(FailureOf([] { Variant::Null().ToLong(); }), err::InvalidUseOfNull);
-    EXPECT_EQ(FailureOf([] { Variant::Null().ToDouble(); }), err::InvalidUseOfNull);
-    EXPECT_EQ(FailureOf([] { Variant::Null().ToDecimal(); }), err::InvalidUseOfNull);
-    EXPECT_EQ(FailureOf([] { Variant::Null().ToCurrency(); }), err::InvalidUseOfNull);
-    EXPECT_EQ(FailureOf([] { Variant::Null().ToBoolean(); }), err::InvalidUseOfNull);
-    EXPECT_EQ(FailureOf([] { Variant::Null().ToDate(); }), err::InvalidUseOfNull);
-    EXPECT_EQ(FailureOf([] { Variant::Null().ToBytes(); }), err::InvalidUseOfNull);
+    EXPECT_EQ(FailureNumber([] { Variant::Null().ToLong(); }), err::InvalidUseOfNull);
+    EXPECT_EQ(FailureNumber([] { Variant::Null().ToDouble(); }), err::InvalidUseOfNull);
+    EXPECT_EQ(FailureNumber([] { Variant::Null().ToDecimal(); }), err::InvalidUseOfNull);
+    EXPECT_EQ(FailureNumber([] { Variant::Null().ToCurrency(); }), err::InvalidUseOfNull);
+    EXPECT_EQ(FailureNumber([] { Variant::Null().ToBoolean(); }), err::InvalidUseOfNull);
+    EXPECT_EQ(FailureNumber([] { Variant::Null().ToDate(); }), err::InvalidUseOfNull);
+    EXPECT_EQ(FailureNumber([] { Variant::Null().ToBytes(); }), err::InvalidUseOfNull);
     EXPECT_EQ(Variant().ToDouble(), 0.0);
     EXPECT_TRUE(Variant().ToDecimal().IsZero());
     EXPECT_FALSE(Variant().ToBoolean());
     EXPECT_TRUE(Variant().ToBytes().empty());
-    EXPECT_EQ(FailureOf([] { Variant(nullptr).ToLong(); }), err::ObjectNotSet);
-    EXPECT_EQ(FailureOf([] { Variant(Ref<Thing>::New()).ToDouble(); }), err::TypeMismatch);
-    EXPECT_EQ(FailureOf([] { Variant(Bytes{1}).ToLong(); }), err::TypeMismatch);
-    EXPECT_EQ(FailureOf([] { Variant(int32_t{3}).ToObject(); }), err::TypeMismatch);
+    EXPECT_EQ(FailureNumber([] { Variant(nullptr).ToLong(); }), err::ObjectNotSet);
+    EXPECT_EQ(FailureNumber([] { Variant(Ref<Thing>::New()).ToDouble(); }), err::TypeMismatch);
+    EXPECT_EQ(FailureNumber([] { Variant(Bytes{1}).ToLong(); }), err::TypeMismatch);
+    EXPECT_EQ(FailureNumber([] { Variant(int32_t{3}).ToObject(); }), err::TypeMismatch);
     EXPECT_TRUE(Variant(nullptr).IsNothing());
     EXPECT_FALSE(Variant::Null().IsNothing());
 
     auto thing = Ref<Thing>::New();
     Variant v(thing);
     EXPECT_TRUE(v.As<Thing>() == thing);
-    EXPECT_EQ(FailureOf([] { Ref<Thing>().Get(); }), err::ObjectNotSet);
+    EXPECT_EQ(FailureNumber([] { Ref<Thing>().Get(); }), err::ObjectNotSet);
 }
 
 TEST(VariantBoolean, WordsNumbersAndText) {
@@ -187,8 +187,8 @@ TEST(VariantBoolean, WordsNumbersAndText) {
     EXPECT_TRUE(Variant(u"-1").ToBoolean());
     EXPECT_TRUE(Variant(u"0.5").ToBoolean());
     EXPECT_FALSE(Variant(u"0").ToBoolean());
-    EXPECT_EQ(FailureOf([] { Variant(u"yes").ToBoolean(); }), err::TypeMismatch);
-    EXPECT_EQ(FailureOf([] { Variant(u"").ToBoolean(); }), err::TypeMismatch);
+    EXPECT_EQ(FailureNumber([] { Variant(u"yes").ToBoolean(); }), err::TypeMismatch);
+    EXPECT_EQ(FailureNumber([] { Variant(u"").ToBoolean(); }), err::TypeMismatch);
     EXPECT_TRUE(Variant(0.0001).ToBoolean());
     EXPECT_FALSE(Variant(Decimal()).ToBoolean());
     EXPECT_TRUE(Variant(Currency::FromRaw(1)).ToBoolean());
@@ -204,14 +204,14 @@ TEST(VariantDates, ConversionsToAndFromDates) {
     EXPECT_EQ(Variant(u"12/31/1999").ToDate(), DateSerial(1999, 12, 31));
     EXPECT_EQ(Variant(u"20261115T123000").ToDate(), DateSerial(2026, 11, 15) + TimeSerial(12, 30, 0));
     EXPECT_DOUBLE_EQ(Variant(u"06:00").ToDate(), 0.25);
-    EXPECT_EQ(FailureOf([] { Variant(u"2023-02-29").ToDate(); }), err::TypeMismatch);
-    EXPECT_EQ(FailureOf([] { Variant(u"2024-13-01").ToDate(); }), err::TypeMismatch);
-    EXPECT_EQ(FailureOf([] { Variant(u"25:00").ToDate(); }), err::TypeMismatch);
-    EXPECT_EQ(FailureOf([] { Variant(u"tomorrow").ToDate(); }), err::TypeMismatch);
+    EXPECT_EQ(FailureNumber([] { Variant(u"2023-02-29").ToDate(); }), err::TypeMismatch);
+    EXPECT_EQ(FailureNumber([] { Variant(u"2024-13-01").ToDate(); }), err::TypeMismatch);
+    EXPECT_EQ(FailureNumber([] { Variant(u"25:00").ToDate(); }), err::TypeMismatch);
+    EXPECT_EQ(FailureNumber([] { Variant(u"tomorrow").ToDate(); }), err::TypeMismatch);
     EXPECT_EQ(Variant(36526.5).ToDate(), 36526.5);
     EXPECT_EQ(Variant(true).ToDate(), -1.0);
-    EXPECT_EQ(FailureOf([] { Variant(3e6).ToDate(); }), err::Overflow);
-    EXPECT_EQ(FailureOf([] { Variant(-700000.0).ToDate(); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { Variant(3e6).ToDate(); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { Variant(-700000.0).ToDate(); }), err::Overflow);
 
     Variant d = Variant::FromDate(DateSerial(2000, 1, 1) + 0.5);
     EXPECT_EQ(d.Type(), VarType::Date);
@@ -239,7 +239,7 @@ TEST(VariantExact, CurrencyAndDecimalKeepTheirDigits) {
     EXPECT_EQ(Variant(0.1f).ToDecimal(), Decimal::FromParts(1, 1, false));
     EXPECT_EQ(Variant(Currency::FromRaw(-12345)).ToDecimal(), Decimal::FromParts(12345, 4, true));
     EXPECT_EQ(Variant(u"79228162514264337593543950335").ToDecimal().ToText(), u"79228162514264337593543950335");
-    EXPECT_EQ(FailureOf([] { Variant(u"79228162514264337593543950336").ToDecimal(); }), err::Overflow);
+    EXPECT_EQ(FailureNumber([] { Variant(u"79228162514264337593543950336").ToDecimal(); }), err::Overflow);
     EXPECT_EQ(Variant(Decimal::FromParts(1, 28, false)).ToString(), u"0.0000000000000000000000000001");
     EXPECT_EQ(Variant::FromInt64(5000000000LL).Type(), VarType::Decimal);
     EXPECT_EQ(Variant::FromInt64(-5).Type(), VarType::Long);

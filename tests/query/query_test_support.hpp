@@ -5,9 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "common/failure.hpp"
 #include "query/condition_builder.hpp"
 
 namespace zolsdk::testing {
+
+using zoltest::Failure;
 
 inline Ref<DbCondition> Cond(const String& name, DataTypeGroupEnum type, DbConditionOperatorEnum op,
                              const Variant& value = {}, DbConditionValueTypeEnum valueType = dcvtConstant) {
@@ -43,18 +46,6 @@ inline std::vector<std::string> ChainTail(const String& source, size_t count) {
         out.insert(out.begin(), line);
     }
     return out;
-}
-
-// Runs `f`, which must fail, and hands back the failure.
-template <class F>
-DbError Failure(F&& f) {
-    try {
-        f();
-    } catch (const DbError& e) {
-        return e;
-    }
-    ADD_FAILURE() << "no failure was raised";
-    return DbError(0, {}, {});
 }
 
 inline std::string Render(const Ref<IDbSqlBuilder>& builder, const Ref<IComposite>& root,

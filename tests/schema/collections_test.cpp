@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "common/failure.hpp"
 #include "common/temp_dir.hpp"
 #include "schema/shop_schema.hpp"
 #include "zolsdk/zolsdk.hpp"
@@ -7,6 +8,8 @@
 using namespace zolsdk;
 
 namespace {
+
+using zoltest::Failure;
 struct Shop {
     zoltest::TempDir dir;
     Ref<DbCatalog> cat = Ref<DbCatalog>::New();
@@ -15,16 +18,6 @@ struct Shop {
         cat->Init(dir.XmlAttrs("shop.xml"));
     }
 };
-
-DbError Failure(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const DbError& e) {
-        return e;
-    }
-    ADD_FAILURE() << "no failure";
-    return DbError(0, u"", u"");
-}
 } // namespace
 
 TEST(SchemaCollections, TablesAreFoundByNameCaseBlindOrByPositionFromZero) {

@@ -70,11 +70,13 @@ TEST(SampleFiles, AccessFilesIntoMariaDbAndBackArriveVerified) {
         auto names = Tables(dir, file);
         EveryTableVerifiedOrExplained(r.output, names);
         // Row counts as mdbtools and the server count them.
-        for (const std::string& t : names)
-            if (Has(r.output, "  " + t + ": verified"))
+        for (const std::string& t : names) {
+            if (Has(r.output, "  " + t + ": verified")) {
                 EXPECT_EQ(Shell("mdb-count " + Q(dir.File(file).string()) + " " + Q(t)).output,
                           Client("SELECT COUNT(*) FROM `" + t + "`", db.Name()))
                     << t;
+            }
+        }
 
         NewAccessFile(dir, "back.mdb");
         r = Zol({"migrate", "--from", MyAttrs(db.Name()), "--to", AccessAttrs(dir, "back.mdb")});

@@ -29,8 +29,8 @@ TEST(XmlDom, SelectionAttributesAndText) {
         tables = doc->selectNodes(u"//schema/catalog/tables/table");
         EXPECT_EQ(doc->selectSingleNode(u"//column")->text(), u"padded text");  // trimmed element text
         EXPECT_TRUE(doc->selectSingleNode(u"//table[@table_name=\"none\"]").IsNothing());
-        EXPECT_EQ(FailureOf([&] { doc->selectNodes(u"count(//table)"); }).Number(), xml::kDomFailure);
-        EXPECT_EQ(FailureOf([&] { doc->setProperty(u"SelectionLanguage", Variant(u"XSLPattern")); }).Number(),
+        EXPECT_EQ(Failure([&] { doc->selectNodes(u"count(//table)"); }).Number(), xml::kDomFailure);
+        EXPECT_EQ(Failure([&] { doc->setProperty(u"SelectionLanguage", Variant(u"XSLPattern")); }).Number(),
                   xml::kDomFailure);
     }
     // The list keeps its document alive after the DOMDocument is gone.
@@ -49,8 +49,8 @@ TEST(XmlDom, MissingAndMalformedFilesLoadAsEmptyWithAReport) {
     auto doc = Ref<xml::DOMDocument>::New();
     EXPECT_FALSE(doc->load(FromUtf8(dir.File("missing.xml"))));
     EXPECT_NE(doc->parseError()->errorCode(), 0);
-    EXPECT_EQ(FailureOf([&] { doc->selectNodes(u"//table["); }).Number(), xml::kDomFailure);
-    EXPECT_EQ(FailureOf([&] { doc->save(FromUtf8(dir.File("out.xml"))); }).Number(), xml::kDomFailure);
+    EXPECT_EQ(Failure([&] { doc->selectNodes(u"//table["); }).Number(), xml::kDomFailure);
+    EXPECT_EQ(Failure([&] { doc->save(FromUtf8(dir.File("out.xml"))); }).Number(), xml::kDomFailure);
     EXPECT_FALSE(std::filesystem::exists(dir.File("out.xml")));
 
     WriteFile(dir.File("bad.xml"), "<schema>\n\t<catalog><tables></catalog>\n</schema>\n");
@@ -89,11 +89,11 @@ TEST(CopyToFile, WritesOneByteACharacterWithoutTruncating) {
     EXPECT_TRUE(CopyToFile(u"XY", path));  // written at the start; the rest stays
     EXPECT_EQ(ReadFile(dir.File("out.txt")), std::string("XY\xE9?\r\n"));
 
-    DbError missing = FailureOf([&] { CopyToFile(u"x", dir.Location() + u"\\no\\x.txt"); });
+    DbError missing = Failure([&] { CopyToFile(u"x", dir.Location() + u"\\no\\x.txt"); });
     EXPECT_EQ(missing.Number(), err::PathNotFound);
     EXPECT_EQ(Chain(missing.Source()), (Texts{u"zolsdk", u"modGeneral:CopyToFile Ln "}));
     EXPECT_EQ(missing.Description().rfind(u"Path not found (", 0), 0u);
-    DbError folder = FailureOf([&] { CopyToFile(u"x", dir.Location()); });
+    DbError folder = Failure([&] { CopyToFile(u"x", dir.Location()); });
     EXPECT_EQ(folder.Number(), err::PathFileAccess);
     EXPECT_EQ(Chain(folder.Source()), (Texts{u"zolsdk", u"modGeneral:CopyToFile Ln "}));
 }

@@ -11,6 +11,7 @@
 #include <iterator>
 #include <vector>
 
+#include "common/failure.hpp"
 #include "zolsdk/platform/error.hpp"
 
 namespace zolsdk::xmltest {
@@ -36,12 +37,7 @@ inline std::string ReadFile(const std::string& path) {
     return std::string((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
 }
 
-// The failure `f` raises (a test failure when it raises none).
-inline DbError FailureOf(const std::function<void()>& f) {
-    try { f(); } catch (const DbError& e) { return e; }
-    ADD_FAILURE() << "the call did not fail";
-    return DbError(0, u"", u"");
-}
+using zoltest::Failure;
 
 // Source split at its " => " CR LF joints, each trace line without its
 // number; a trace line with no number is marked so that comparisons fail.

@@ -83,15 +83,15 @@ TEST(XmlReader, ColumnsTakeDefaultsAndThePrimaryKeyRule) {
     EXPECT_EQ(Column(c, u"is_nullable"), (Texts{u"False", u"False", u"True"}));
     EXPECT_EQ(Column(shop.reader->TableColumns(u"customers"), u"is_nullable"), (Texts{u"False"}));
 
-    DbError missing = FailureOf([&] { shop.reader->TableColumns(u"broken"); });
+    DbError missing = Failure([&] { shop.reader->TableColumns(u"broken"); });
     EXPECT_EQ(missing.Number(), err::ObjectNotSet);
     EXPECT_EQ(Chain(missing.Source()), (Texts{u"zolsdk", u" DbMsXMLReader:IDBReader_TableColumns Ln "}));
-    EXPECT_EQ(FailureOf([&] { shop.reader->TableColumns(u"sizeless"); }).Number(), err::TypeMismatch);
+    EXPECT_EQ(Failure([&] { shop.reader->TableColumns(u"sizeless"); }).Number(), err::TypeMismatch);
     // A name with one kind of quote is written between the other kind; one
     // with both cannot stand in an XPath literal and is refused.
     EXPECT_EQ(shop.reader->TableColumns(u"or\"ders")->RecordCount(), 0);
     EXPECT_EQ(shop.reader->TableColumns(u"x\" or \"1\"=\"1")->RecordCount(), 0);
-    DbError quote = FailureOf([&] { shop.reader->TableColumns(u"o'r\"ders"); });
+    DbError quote = Failure([&] { shop.reader->TableColumns(u"o'r\"ders"); });
     EXPECT_EQ(quote.Number(), err::InvalidCall);
     EXPECT_EQ(Chain(quote.Source()), (Texts{u"zolsdk", u" DbMsXMLReader:IDBReader_TableColumns Ln "}));
 }
@@ -109,14 +109,14 @@ TEST(XmlReader, IndexesIndexColumnsAndKeys) {
     EXPECT_EQ(shop.reader->IndexColumns(u"ix_total", u"orders")->RecordCount(), 0);
     // So is the key's ordinal; a key that matches fails on its nameless column.
     EXPECT_EQ(shop.reader->Keys(u"orders")->RecordCount(), 0);
-    DbError legacy = FailureOf([&] { shop.reader->Keys(u"legacy"); });
+    DbError legacy = Failure([&] { shop.reader->Keys(u"legacy"); });
     EXPECT_EQ(legacy.Number(), err::ObjectNotSet);
     EXPECT_EQ(Chain(legacy.Source()), (Texts{u"zolsdk", u"DbMsXMLReader:IDBReader_Keys Ln "}));
 }
 
 TEST(XmlReader, ReaderWithoutSessionNamesWhatIsMissing) {
     auto orphan = Ref<DbMsXMLReader>::New();
-    DbError e = FailureOf([&] { orphan->Tables(); });
+    DbError e = Failure([&] { orphan->Tables(); });
     EXPECT_EQ(e.Number(), err::ObjectNotSet);
     EXPECT_EQ(e.Description(), u"ErrNo:91\r\n Details:Object variable or With block variable not set (DBSession).");
     EXPECT_EQ(Chain(e.Source()),
@@ -126,7 +126,7 @@ TEST(XmlReader, ReaderWithoutSessionNamesWhatIsMissing) {
     Ref<IDBReader> kept = shop.reader;
     shop.reader.Release();
     shop.session.Release();
-    String d = FailureOf([&] { kept->Indexes(u"orders"); }).Description();
+    String d = Failure([&] { kept->Indexes(u"orders"); }).Description();
     EXPECT_EQ(d.substr(d.size() - 13), u" (DBSession).");
 }
 

@@ -41,7 +41,7 @@ TEST(XmlSession, CreateAndDropTheFile) {
     EXPECT_EQ(ReadFile(db.file), kNewFile);
 
     WriteFile(db.file, kTwoTables);
-    DbError e = FailureOf([&] { db.s->CreateDB(); });
+    DbError e = Failure([&] { db.s->CreateDB(); });
     EXPECT_EQ(e.Number(), static_cast<int32_t>(0x8004F000u));
     EXPECT_EQ(e.Description(), u"You do not have the privilege to create database or the database already exists.");
     EXPECT_EQ(Chain(e.Source()), (Texts{u"ZolSDK", u"DbMsXML:CreateDB Ln "}));
@@ -53,7 +53,7 @@ TEST(XmlSession, CreateAndDropTheFile) {
 
     auto lost = NewDbMsXML();
     lost->Connect(u"dbname=n.xml;dblocation=" + db.dir.Location() + u"\\nowhere");
-    DbError p = FailureOf([&] { lost->CreateDB(); });
+    DbError p = Failure([&] { lost->CreateDB(); });
     EXPECT_EQ(p.Number(), err::PathNotFound);
     EXPECT_EQ(Chain(p.Source()), (Texts{u"zolsdk", u"modGeneral:CopyToFile Ln ", u"DbMsXML:CreateDB Ln "}));
 }
@@ -62,13 +62,13 @@ TEST(XmlSession, ScalarTakesTheSecondNodeAndExecuteOnlySelects) {
     Db db(&kTwoTables);
     EXPECT_EQ(db.s->ExecuteScalar(kNames, u"none"), u"second");
     EXPECT_EQ(db.s->ExecuteScalar(kNoMatch, u"none"), u"none");
-    DbError one = FailureOf([&] { db.s->ExecuteScalar(u"//table[@table_name=\"first\"]/@table_name", u"none"); });
+    DbError one = Failure([&] { db.s->ExecuteScalar(u"//table[@table_name=\"first\"]/@table_name", u"none"); });
     EXPECT_EQ(one.Number(), err::ObjectNotSet);
     EXPECT_EQ(one.Description(), u"Object variable or With block variable not set");
     EXPECT_EQ(Chain(one.Source()), (Texts{u"zolsdk", u"DbMsXML:ExecuteScalar Ln "}));
 
     EXPECT_TRUE(db.s->Execute(u"//table").IsNothing());
-    DbError sql = FailureOf([&] { db.s->Execute(u"SELECT * FROM first"); });
+    DbError sql = Failure([&] { db.s->Execute(u"SELECT * FROM first"); });
     EXPECT_EQ(sql.Number(), xml::kDomFailure);
     EXPECT_EQ(Chain(sql.Source()), (Texts{String(xml::kDomSource), u"DbMsXML:Execute Ln "}));
     EXPECT_NE(sql.Description().find(u"SELECT * FROM first"), String::npos);
@@ -132,15 +132,15 @@ TEST(XmlSession, UnconnectedSessionRefusesToOpen) {
     Db db(&kTwoTables);
     db.s->Disconnect();
     const String described = u"ErrNo:-2147209216\r\n Details:Database object not initialized.";
-    DbError e = FailureOf([&] { db.s->Execute(u"//table"); });
+    DbError e = Failure([&] { db.s->Execute(u"//table"); });
     EXPECT_EQ(e.Number(), errnum::DbNotInitialized);
     EXPECT_EQ(e.Description(), described);
     EXPECT_EQ(Chain(e.Source()), (Texts{u"ZolSDK", u"DbMsXML:OpenConnection Ln ", u"DbMsXML:Execute Ln "}));
-    DbError s = FailureOf([&] { db.s->ExecuteScalar(kNames, u"d"); });
+    DbError s = Failure([&] { db.s->ExecuteScalar(kNames, u"d"); });
     EXPECT_EQ(s.Description(), described);
     EXPECT_EQ(Chain(s.Source()), (Texts{u"ZolSDK", u"DbMsXML:OpenConnection Ln ", u"DbMsXML:ExecuteScalar Ln "}));
     // The bracket does not trap: no line of its own.
-    EXPECT_EQ(Chain(FailureOf([&] { db.s->BeginTransaction(); }).Source()),
+    EXPECT_EQ(Chain(Failure([&] { db.s->BeginTransaction(); }).Source()),
               (Texts{u"ZolSDK", u"DbMsXML:OpenConnection Ln "}));
     EXPECT_EQ(db.s->ExecuteNoQuery(u"anything"), 0);
 }

@@ -2,43 +2,17 @@
 #include <iostream>
 
 #include "commands.hpp"
+#include "engines.hpp"
 #include "zolsdk/zolsdk.hpp"
 
 namespace zol {
 
-namespace {
-// The value of `key` in an attribute string, for messages only.
-zolsdk::String SessionAttributeOf(zolsdk::StringView attrs, zolsdk::StringView key) {
-    using namespace zolsdk;
-    String k = String(key) + u"=";
-    int32_t at = InStr(1, attrs, k, true);
-    if (at == 0) return {};
-    size_t from = static_cast<size_t>(at - 1) + k.size();
-    size_t end = attrs.find(u';', from);
-    return String(attrs.substr(from, end == StringView::npos ? StringView::npos : end - from));
-}
-} // namespace
-
-
-int Usage(std::ostream& out, int code) {
-    out << "usage:\n"
-           "  zol migrate --from ATTRS --to ATTRS [--table NAME ...] [--schema-only] [--replace]\n"
-           "              [--keep-failed] [--lock-timeout SECONDS] [--compat]\n"
-           "                           recreate tables of one catalog in another, copy their rows and verify them;\n"
-           "                           --compat takes the library's compatible road instead\n"
-           "  zol verify --from ATTRS --to ATTRS [--table NAME ...]\n"
-           "                           compare the rows of two catalogs' tables by count and checksum\n"
-           "  zol schema ATTRS [--save FILE]\n"
-           "                           print the tables, columns and indexes of a catalog, or write them\n"
-           "                           into an XML schema file\n"
-           "  zol create ATTRS         create the database that ATTRS names\n"
-           "  zol drop ATTRS           drop it\n"
-           "  zol demo [--dir DIR] [--scale N]  build a sample Access database and migrate it; no server needed\n"
-           "\n"
-           "ATTRS is an attribute string, for example\n"
-           "  \"dbtype=msxml;dbname=shop.xml;dblocation=/tmp\"\n"
-           "  \"dbtype=mysql;dbname=shop;dblocation=127.0.0.1;username=u;password=p\"\n";
-    return code;
+CLI::Option* AddAttributeString(CLI::App& app, const std::string& name, std::string& into,
+                                const std::string& description) {
+    app.footer(EngineHelp());
+    return app.add_option(name, into, description)
+        ->type_name(name.rfind("-", 0) == 0 ? "ATTRS" : "")
+        ->check(CLI::Validator([](std::string& s) { return AttributeStringProblem(s); }, "", "attribute string"));
 }
 
 zolsdk::Ref<zolsdk::DbCatalog> OpenCatalog(const std::string& attrs) {
@@ -48,17 +22,24 @@ zolsdk::Ref<zolsdk::DbCatalog> OpenCatalog(const std::string& attrs) {
         cat->Init(FromUtf8(attrs));
     } catch (DbError& e) {
         // The library's answers are terse here (91, 13): say what to change.
-        String type = LCase(SessionAttributeOf(FromUtf8(attrs), u"dbtype"));
-        if (e.Number() == err::ObjectNotSet) {
-            String known;
-            for (const String& name : EngineTypeNames()) known += (known.empty() ? u"" : u", ") + name;
-            e.Description(e.Description() + u" (the attribute string names no engine: dbtype '" + type +
-                          u"' is none of " + known + u")");
-        } else if (e.Number() == err::TypeMismatch && type == u"mssql")
+        std::string type = AttributeValue(attrs, "dbtype");
+        if (e.Number() == err::ObjectNotSet)
+            e.Description(e.Description() + FromUtf8(" (" + AttributeStringProblem(attrs) + ")"));
+        else if (e.Number() == err::TypeMismatch && type == "mssql")
             e.Description(e.Description() + u" (a SQL Server attribute string needs protocol=1 for TCP/IP)");
         throw;
     }
     return cat;
+}
+
+std::string Describe(const zolsdk::DbError& e) {
+    char num[16];
+    std::snprintf(num, sizeof num, "0x%08X", static_cast<unsigned>(e.Number()));
+    // Engine texts end their lines with CR LF; a captured log wants plain lines.
+    std::string text = std::string(num) + " " + zolsdk::ToUtf8(e.Description()), clean;
+    for (size_t i = 0; i < text.size(); ++i)
+        if (text[i] != '\r' || i + 1 >= text.size() || text[i + 1] != '\n') clean += text[i];
+    return clean;
 }
 
 int ReportFailure(std::ostream& err, const std::exception& e) {

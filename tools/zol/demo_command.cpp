@@ -7,6 +7,7 @@
 // schema file (the XML engine keeps the schema only), with the report of
 // each run. The XML file it wrote is printed at the end.
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -237,7 +238,6 @@ int Migrate(const String& from, const String& to, std::ostream& out) {
     for (const TableDef& t : ShopTables()) options.tables.push_back(t.name);
     transfer::Plan plan = transfer::MakePlan(from, to, options);
     PrintPlan(plan, out);
-    options.progress = ProgressPrinter(out);
     transfer::Report report = transfer::Run(plan, options);
     out << "\nreport:\n" << ToUtf8(report.Text());
     int failures = 0;
@@ -247,25 +247,7 @@ int Migrate(const String& from, const String& to, std::ostream& out) {
 
 } // namespace
 
-int DemoCommand(const Args& args, std::ostream& out) {
-    std::string dir;
-    int scale = 4;
-    for (size_t i = 0; i < args.size(); ++i) {
-        const std::string& a = args[i];
-        bool hasValue = i + 1 < args.size();
-        if (a == "--dir" && hasValue) {
-            dir = args[++i];
-        } else if (a == "--scale" && hasValue) {
-            scale = std::atoi(args[++i].c_str());
-            if (scale < 1 || scale > 1000) {
-                std::cerr << "zol demo: --scale takes a number from 1 to 1000\n";
-                return Usage(std::cerr, 2);
-            }
-        } else {
-            std::cerr << "zol demo: unexpected argument '" << a << "'\n";
-            return Usage(std::cerr, 2);
-        }
-    }
+int RunDemo(std::string dir, int scale, std::ostream& out) {
     if (dir.empty()) {
         std::string pattern = (std::filesystem::temp_directory_path() / "zol-demo-XXXXXX").string();
         if (!::mkdtemp(pattern.data())) {
@@ -303,6 +285,22 @@ int DemoCommand(const Args& args, std::ostream& out) {
     out << "\nfiles: " << ToUtf8(location) << "/{shop.mdb, shop_copy.mdb, shop_schema.xml}\n"
         << "look at them with: zol schema \"" << ToUtf8(attrs(u"msaccess", u"shop_copy.mdb")) << "\"\n";
     return failures ? 1 : 0;
+}
+
+Command AddDemoCommand(CLI::App& zol) {
+    struct Options {
+        std::string dir;
+        int scale = 4;
+    };
+    auto o = std::make_shared<Options>();
+    CLI::App* app = zol.add_subcommand("demo", "Build a sample Access database and migrate it into a new Access file "
+                                               "and an XML schema file; no server needed.");
+    app->add_option("--dir", o->dir, "the folder for the files (a new temporary folder when not given)")
+        ->type_name("DIR");
+    app->add_option("--scale", o->scale, "the sample's size; 4 makes a few thousand rows")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1000));
+    return {app, [o] { return RunDemo(o->dir, o->scale, std::cout); }};
 }
 
 } // namespace zol

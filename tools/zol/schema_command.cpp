@@ -1,3 +1,4 @@
+// zol schema: the tables, columns and indexes of a catalog, as its reader sees them.
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 
@@ -6,6 +7,7 @@
 #include <iostream>
 
 #include "commands.hpp"
+#include "engines.hpp"
 #include "zolsdk/transfer/transfer.hpp"
 #include "zolsdk/zolsdk.hpp"
 
@@ -19,8 +21,6 @@ const char* GroupName(int32_t g) {
                                   "datetime", "boolean", "double", "binary", "single",  "decimal", "currency"};
     return g >= 0 && g <= 13 ? names[g] : "?";
 }
-
-Ref<DbCatalog> Open(const std::string& attrs) { return OpenCatalog(attrs); }
 
 // The library reads a missing or broken XML file as a catalog without
 // tables; a person asking for the schema is told what is wrong with the file.
@@ -51,17 +51,8 @@ std::string XmlFileProblem(const Ref<DbCatalog>& cat) {
     if (!catalog) return "the XML file " + path.string() + " holds no schema (no <schema><catalog> element)";
     return {};
 }
-} // namespace
-
-int SchemaCommand(const Args& args, std::ostream& out) {
-    if (args.size() == 3 && args[1] == "--save") {
-        // The same schema the lossless road writes into an XML catalog.
-        transfer::SaveSchema(FromUtf8(args[0]), FromUtf8(args[2]));
-        out << "saved the schema of " << args[0] << " into " << args[2] << "\n";
-        return 0;
-    }
-    if (args.size() != 1) return Usage(std::cerr, 2);
-    auto cat = Open(args[0]);
+int PrintSchema(const std::string& attrs, std::ostream& out) {
+    auto cat = OpenCatalog(attrs);
     if (const std::string problem = XmlFileProblem(cat); !problem.empty()) {
         std::cerr << "zol: " << problem << "\n";
         return 1;
@@ -97,21 +88,25 @@ int SchemaCommand(const Args& args, std::ostream& out) {
     }
     return 0;
 }
+} // namespace
 
-int CreateCommand(const Args& args, std::ostream& out) {
-    if (args.size() != 1) return Usage(std::cerr, 2);
-    auto cat = Open(args[0]);
-    cat->Create();
-    out << "created " << ToUtf8(cat->Name()) << "\n";
-    return 0;
-}
-
-int DropCommand(const Args& args, std::ostream& out) {
-    if (args.size() != 1) return Usage(std::cerr, 2);
-    auto cat = Open(args[0]);
-    cat->Drop();
-    out << "dropped " << ToUtf8(cat->Name()) << "\n";
-    return 0;
+Command AddSchemaCommand(CLI::App& zol) {
+    struct Options {
+        std::string attrs, save;
+    };
+    auto o = std::make_shared<Options>();
+    CLI::App* app = zol.add_subcommand("schema", "Print the tables, columns and indexes of a catalog, or write them "
+                                                 "into an XML schema file.");
+    AddAttributeString(*app, "ATTRS", o->attrs, "the catalog to read")->required();
+    app->add_option("--save", o->save, "write the schema into this XML schema file instead of printing it")
+        ->type_name("FILE");
+    return {app, [o] {
+                if (o->save.empty()) return PrintSchema(o->attrs, std::cout);
+                // The same schema the lossless road writes into an XML catalog.
+                transfer::SaveSchema(FromUtf8(o->attrs), FromUtf8(o->save));
+                std::cout << "saved the schema of " << WithoutPassword(o->attrs) << " into " << o->save << "\n";
+                return 0;
+            }};
 }
 
 } // namespace zol

@@ -1,7 +1,5 @@
 #pragma once
-// What zol prints of the lossless road: the plan before any row moves, and
-// a progress line on long tables.
-#include <functional>
+// What zol prints of the lossless road: the plan before any row moves.
 #include <ostream>
 
 #include "zolsdk/transfer/transfer.hpp"
@@ -10,7 +8,5 @@ namespace zol {
 
 // "plan: N tables from MariaDB into Access", then every forced change.
 void PrintPlan(const zolsdk::transfer::Plan& plan, std::ostream& out);
-
-std::function<void(const zolsdk::transfer::Progress&)> ProgressPrinter(std::ostream& out);
 
 } // namespace zol

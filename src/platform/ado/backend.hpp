@@ -62,6 +62,12 @@ public:
     // the number of rows it touched in `affected` (-1 when unknown).
     virtual std::unique_ptr<Cursor> Execute(const String& sql, const std::vector<Ref<Parameter>>& params,
                                             int64_t& affected, int32_t timeout) = 0;
+    // A statement whose rows are read in the background while the caller
+    // may run other statements on this backend.
+    virtual std::unique_ptr<Cursor> ExecuteInBackground(const String& sql, int32_t timeout) {
+        int64_t affected = 0;
+        return Execute(sql, {}, affected, timeout);
+    }
     virtual Ref<Recordset> OpenSchema(int32_t schema, const std::vector<Variant>& criteria) = 0;
     // The "?" marks of a statement as this store's SQL reads them (its
     // quotes, names and comments differ).

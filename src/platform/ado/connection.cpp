@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <deque>
+#include <chrono>
 #include <thread>
 
 #include "platform/ado/backend.hpp"
@@ -76,8 +77,12 @@ public:
         std::deque<std::vector<Variant>> batch;
         bool finished;
         {
+            // The fetch wakes the reader only once a batch has gathered (a
+            // wake-up a row costs more than the row on a busy machine); a
+            // short wait lets a trickle of rows through as well.
             std::unique_lock<std::mutex> g(m_);
-            cv_.wait(g, [this] { return !queue_.empty() || done_; });
+            while (!cv_.wait_for(g, kTrickle, [this] { return !queue_.empty() || done_; })) {
+            }
             batch.swap(queue_);
             finished = done_;
             if (batch.empty() && failure_) {
@@ -121,11 +126,13 @@ private:
     // Rows waiting to be moved in; the fetch pauses when the reader lags
     // this far behind, so a huge result does not pile up twice in memory.
     static constexpr size_t kMaxQueued = 8192;
+    // Rows that wake the reader, and the longest a lone row waits for it.
+    static constexpr size_t kBatch = 256;
+    static constexpr std::chrono::milliseconds kTrickle{1};
 
     void Run() {
         try {
-            int64_t affected = 0;
-            std::unique_ptr<Cursor> c = backend_->Execute(sql_, {}, affected, timeout_);
+            std::unique_ptr<Cursor> c = backend_->ExecuteInBackground(sql_, timeout_);
             {
                 std::lock_guard<std::mutex> g(m_);
                 if (c) columns_ = c->Columns();
@@ -147,8 +154,9 @@ private:
                 cv_.wait(g, [this] { return queue_.size() < kMaxQueued || cancel_; });
                 if (cancel_) break;
                 queue_.push_back(std::move(row));
+                bool wake = queue_.size() % kBatch == 0;
                 g.unlock();
-                cv_.notify_all();
+                if (wake) cv_.notify_all();
             }
         } catch (...) {
             std::lock_guard<std::mutex> g(m_);

@@ -1,27 +1,423 @@
-// MySQL-family servers: statements run through the ODBC layer, schema
-// rowsets come from INFORMATION_SCHEMA.
+// MySQL-family servers on the MariaDB client library. The connection text
+// is the one the MySQL session builds for its ODBC driver; its keys keep
+// their meaning here (login.hpp). Results stream from the server: a cursor
+// holds one row at a time. A result read in the background (fill mode 3)
+// streams on a connection of its own, opened with the same login and kept
+// for the next one, so that the statements the caller runs meanwhile (the
+// row count of a data set, say) neither wait for it nor make it keep its
+// rows in memory. On the main connection, a statement that comes while a
+// cursor is still reading makes that cursor keep the rest of its rows.
+// Every call on one connection is made under its lock.
+//
+// A background result sees what every connection sees: committed rows.
+// The library runs no engine transactions; a caller that opens one by
+// statement and reads its own uncommitted rows in fill mode 3 would not
+// see them, and temporary tables of the main connection are not there.
+#include <mysql.h>
+#include <ma_pvio.h>
+#include <mysqld_error.h>
+
+#include <atomic>
+#include <deque>
+
 #include "platform/ado/backend.hpp"
+#include "platform/ado/mariadb/login.hpp"
+#include "platform/ado/mariadb/result_fields.hpp"
+#include "platform/ado/mariadb/statement_text.hpp"
 
 namespace zolsdk::ado::detail {
 
 namespace {
 
+class MariaDbCursor;
+struct StreamPool;
+
+// What one open connection shares with its cursors.
+struct Link {
+    std::mutex lock;
+    MYSQL* db = nullptr;
+    // Bumped at each close: cursors of an older generation lost their result.
+    uint64_t generation = 0;
+    // The cursor whose result is still arriving on this connection.
+    MariaDbCursor* streaming = nullptr;
+    MariaDbLogin login;
+    unsigned long threadId = 0;
+    int32_t loginTimeout = 15;
+};
+
+// The background connections of one backend: those free for the next
+// result, and all of them, to close with the backend.
+struct StreamPool {
+    std::mutex lock;
+    std::vector<std::shared_ptr<Link>> idle, all;
+    void Give(std::shared_ptr<Link> link) {
+        std::lock_guard<std::mutex> g(lock);
+        idle.push_back(std::move(link));
+    }
+};
+
+[[noreturn]] void ThrowServer(MYSQL* db) {
+    ProviderError e;
+    e.native = static_cast<int32_t>(mysql_errno(db));
+    e.sqlState = FromUtf8(mysql_sqlstate(db));
+    e.message = FromUtf8(mysql_error(db));
+    throw ProviderFailure({std::move(e)});
+}
+
+[[noreturn]] void ThrowNotOpen() { throw ProviderFailure({{0, u"08003", u"Connection not open"}}); }
+
+// Results after the first (of a procedure call) are read and dropped, so
+// the connection is ready for the next statement.
+void SkipMoreResults(MYSQL* db) {
+    while (mysql_more_results(db)) {
+        if (mysql_next_result(db) > 0) ThrowServer(db);
+        if (MYSQL_RES* r = mysql_use_result(db)) mysql_free_result(r);
+    }
+}
+
+// A bounded connection of its own (for KILL QUERY): the login of `link`,
+// waits cut at the login timeout.
+MYSQL* Connect(const MariaDbLogin& login, int32_t loginTimeout, bool forStatements);
+
+class MariaDbCursor final : public Cursor {
+public:
+    MariaDbCursor(std::shared_ptr<Link> link, MYSQL_RES* res, std::vector<ResultField> fields,
+                  std::shared_ptr<StreamPool> pool = nullptr)
+        : link_(std::move(link)), pool_(std::move(pool)), res_(res), gen_(link_->generation), fields_(std::move(fields)) {
+        cols_.reserve(fields_.size());
+        for (const ResultField& f : fields_) cols_.push_back(f.info);
+        link_->streaming = this;
+    }
+    ~MariaDbCursor() override {
+        if (!Streaming()) {
+            std::lock_guard<std::mutex> g(link_->lock);
+            Release();
+            return;
+        }
+        // Rows still on their way: stop the statement rather than read them all.
+        Cancel();
+        std::lock_guard<std::mutex> g(link_->lock);
+        Release();
+    }
+
+    const std::vector<ColumnInfo>& Columns() const override { return cols_; }
+
+    bool Fetch(std::vector<Variant>& row) override {
+        std::lock_guard<std::mutex> g(link_->lock);
+        if (!held_.empty()) {
+            row = std::move(held_.front());
+            held_.pop_front();
+            return true;
+        }
+        if (!res_) return false;
+        if (!Alive()) ThrowNotOpen();
+        return ReadRow(row);
+    }
+
+    // From any thread: asks the server to stop the statement from a second
+    // connection; the next fetch then ends.
+    void Cancel() override {
+        bool expected = false;
+        if (!cancelled_.compare_exchange_strong(expected, true) || !Streaming()) return;
+        // Without the lock: a fetch may be waiting on the server under it.
+        // The login and the thread id are fixed while the connection is open.
+        if (MYSQL* side = Connect(link_->login, link_->loginTimeout, false)) {
+            std::string kill = "KILL QUERY " + std::to_string(link_->threadId);
+            mysql_real_query(side, kill.data(), kill.size());
+            mysql_close(side);
+        }
+    }
+
+    // The connection closes under a result still arriving: stop the
+    // statement and let go of the result first. The caller holds the lock.
+    void Abandon() {
+        if (!res_) return;
+        Cancel();
+        mysql_free_result(res_);
+        res_ = nullptr;
+        ended_ = true;
+        link_->streaming = nullptr;
+    }
+
+    // Another statement needs the connection: keep what is left of this
+    // result. The caller holds the lock.
+    void HoldRest() {
+        std::vector<Variant> row;
+        while (res_ && ReadRow(row)) held_.push_back(std::move(row));
+    }
+
+private:
+    std::shared_ptr<Link> link_;
+    std::shared_ptr<StreamPool> pool_; // set when the link is a background connection
+    MYSQL_RES* res_;
+    uint64_t gen_;
+    std::vector<ResultField> fields_;
+    std::vector<ColumnInfo> cols_;
+    std::deque<std::vector<Variant>> held_;
+    std::atomic<bool> cancelled_{false};
+    std::atomic<bool> ended_{false};
+
+    bool Alive() const { return link_->db && link_->generation == gen_; }
+    bool Streaming() const { return !ended_.load(); }
+
+    // Reads one row off the wire, or ends the result. The lock is held.
+    bool ReadRow(std::vector<Variant>& row) {
+        MYSQL_ROW r = mysql_fetch_row(res_);
+        if (!r) {
+            unsigned err = mysql_errno(link_->db);
+            bool interrupted = cancelled_ && (err == ER_QUERY_INTERRUPTED || err == ER_STATEMENT_TIMEOUT);
+            if (err && !interrupted) {
+                // A lost server or a refusal half-way is a failure, never
+                // the end of a short table.
+                ProviderFailure failure = Failure();
+                Finish();
+                throw failure;
+            }
+            Finish();
+            return false;
+        }
+        const unsigned long* lengths = mysql_fetch_lengths(res_);
+        row.clear();
+        row.reserve(fields_.size());
+        for (size_t i = 0; i < fields_.size(); ++i) row.push_back(DecodeCell(fields_[i].kind, r[i], lengths[i]));
+        return true;
+    }
+
+    ProviderFailure Failure() const {
+        ProviderError e;
+        e.native = static_cast<int32_t>(mysql_errno(link_->db));
+        e.sqlState = FromUtf8(mysql_sqlstate(link_->db));
+        e.message = FromUtf8(mysql_error(link_->db));
+        return ProviderFailure({std::move(e)});
+    }
+
+    // The result is read to its end: free it and ready the connection.
+    void Finish() {
+        if (!res_) return;
+        mysql_free_result(res_);
+        res_ = nullptr;
+        ended_ = true;
+        if (link_->streaming == this) link_->streaming = nullptr;
+        if (Alive()) {
+            try {
+                SkipMoreResults(link_->db);
+            } catch (const ProviderFailure&) {
+                // The statement's own rows are complete; a later result's
+                // refusal belongs to nobody here.
+            }
+        }
+        GiveBack();
+    }
+
+    // A background connection whose result is over serves the next one.
+    void GiveBack() {
+        if (pool_ && Alive()) pool_->Give(link_);
+        pool_.reset();
+    }
+
+    // The lock is held.
+    void Release() {
+        if (res_ && Alive()) {
+            mysql_free_result(res_); // reads what the stopped statement still sent
+            res_ = nullptr;
+            SkipMoreResults(link_->db);
+        }
+        res_ = nullptr;
+        ended_ = true;
+        if (link_->streaming == this) link_->streaming = nullptr;
+        held_.clear();
+        GiveBack();
+    }
+};
+
+MYSQL* Connect(const MariaDbLogin& login, int32_t loginTimeout, bool forStatements) {
+    MYSQL* db = mysql_init(nullptr);
+    if (!db) return nullptr;
+    // The connect and the handshake wait at most the login timeout.
+    unsigned int wait = loginTimeout > 0 ? static_cast<unsigned int>(loginTimeout) : 0;
+    if (wait > 0) {
+        mysql_optionsv(db, MYSQL_OPT_CONNECT_TIMEOUT, &wait);
+        mysql_optionsv(db, MYSQL_OPT_READ_TIMEOUT, &wait);
+        mysql_optionsv(db, MYSQL_OPT_WRITE_TIMEOUT, &wait);
+    }
+    mysql_optionsv(db, MYSQL_SET_CHARSET_NAME, "utf8mb4");
+    if (forStatements) {
+        if (login.option & mysqlOption::BigPackets) {
+            unsigned long big = 1024UL * 1024 * 1024;
+            mysql_optionsv(db, MYSQL_OPT_MAX_ALLOWED_PACKET, &big);
+        }
+        if (login.Compress()) mysql_optionsv(db, MYSQL_OPT_COMPRESS, nullptr);
+        // A streamed result waits on its reader: the server must not give
+        // up on a reader that pauses (a slow target, a caller at work).
+        mysql_optionsv(db, MYSQL_INIT_COMMAND, "SET SESSION net_write_timeout = 31536000");
+    }
+    unsigned long flags = CLIENT_MULTI_RESULTS;
+    if (login.option & mysqlOption::FoundRows) flags |= CLIENT_FOUND_ROWS;
+    if (login.option & mysqlOption::MultiStatements) flags |= CLIENT_MULTI_STATEMENTS;
+    const char* host = login.host.empty() ? "localhost" : login.host.c_str();
+    const char* socket = login.socket.empty() ? nullptr : login.socket.c_str();
+    const char* database = login.database.empty() ? nullptr : login.database.c_str();
+    if (!mysql_real_connect(db, host, login.user.c_str(), login.password.c_str(), database, login.port, socket, flags)) {
+        if (!forStatements) {
+            mysql_close(db);
+            return nullptr;
+        }
+        ProviderError e{static_cast<int32_t>(mysql_errno(db)), FromUtf8(mysql_sqlstate(db)), FromUtf8(mysql_error(db))};
+        mysql_close(db);
+        throw ProviderFailure({std::move(e)});
+    }
+    // Statements themselves run as long as they need.
+    if (MARIADB_PVIO* pvio = db->net.pvio; pvio && pvio->methods && pvio->methods->set_timeout) {
+        pvio->methods->set_timeout(pvio, PVIO_READ_TIMEOUT, 0);
+        pvio->methods->set_timeout(pvio, PVIO_WRITE_TIMEOUT, 0);
+    }
+    return db;
+}
+
+// Opens `link` on a new connection; the caller holds its lock.
+void OpenLink(Link& link, MariaDbLogin login, int32_t loginTimeout) {
+    link.db = Connect(login, loginTimeout, true);
+    link.login = std::move(login);
+    link.loginTimeout = loginTimeout;
+    link.threadId = mysql_thread_id(link.db);
+}
+
+// Closes `link`, stopping a result still arriving; the caller holds its lock.
+void CloseLink(Link& link) {
+    if (!link.db) return;
+    if (link.streaming) link.streaming->Abandon();
+    mysql_close(link.db);
+    link.db = nullptr;
+    link.streaming = nullptr;
+    ++link.generation;
+}
+
+// Runs `sql` on `link` (locked by the caller) and gives its rows as a
+// streaming cursor, or nothing for a statement without rows.
+std::unique_ptr<Cursor> Run(const std::shared_ptr<Link>& link, const std::string& text, int64_t& affected,
+                            std::shared_ptr<StreamPool> pool) {
+    MYSQL* db = link->db;
+    if (mysql_real_query(db, text.data(), text.size()) != 0) ThrowServer(db);
+    if (mysql_field_count(db) == 0) {
+        affected = static_cast<int64_t>(mysql_affected_rows(db));
+        SkipMoreResults(db);
+        if (pool) pool->Give(link);
+        return nullptr;
+    }
+    affected = -1;
+    MYSQL_RES* res = mysql_use_result(db);
+    if (!res) ThrowServer(db);
+    unsigned n = mysql_num_fields(res);
+    MYSQL_FIELD* f = mysql_fetch_fields(res);
+    std::vector<ResultField> fields;
+    fields.reserve(n);
+    for (unsigned i = 0; i < n; ++i) fields.push_back(DescribeField(f[i]));
+    return std::make_unique<MariaDbCursor>(link, res, std::move(fields), std::move(pool));
+}
+
+// The connection's current database ("" for none); the caller holds its lock.
+std::string CurrentDatabase(MYSQL* db) {
+    static constexpr char kSql[] = "SELECT DATABASE()";
+    if (mysql_real_query(db, kSql, sizeof kSql - 1) != 0) ThrowServer(db);
+    MYSQL_RES* res = mysql_store_result(db);
+    if (!res) ThrowServer(db);
+    std::string name;
+    if (MYSQL_ROW r = mysql_fetch_row(res); r && r[0]) name.assign(r[0], mysql_fetch_lengths(res)[0]);
+    mysql_free_result(res);
+    return name;
+}
+
 class MariaDbBackend final : public Backend {
 public:
-    MariaDbBackend() : odbc_(MakeOdbcBackend()) {}
-    void Open(const String& connectionText, int32_t loginTimeout) override { odbc_->Open(connectionText, loginTimeout); }
-    void Close() override { odbc_->Close(); }
-    bool IsOpen() const override { return odbc_->IsOpen(); }
-    std::unique_ptr<Cursor> Execute(const String& sql, const std::vector<Ref<Parameter>>& params, int64_t& affected,
-                                    int32_t timeout) override {
-        return odbc_->Execute(sql, params, affected, timeout);
+    MariaDbBackend() : link_(std::make_shared<Link>()), pool_(std::make_shared<StreamPool>()) {}
+    ~MariaDbBackend() override { Close(); }
+
+    void Open(const String& connectionText, int32_t loginTimeout) override {
+        std::lock_guard<std::mutex> g(link_->lock);
+        if (link_->db) return;
+        OpenLink(*link_, ReadMariaDbLogin(connectionText), loginTimeout);
     }
+
+    void Close() override {
+        std::vector<std::shared_ptr<Link>> all;
+        {
+            std::lock_guard<std::mutex> g(pool_->lock);
+            all.swap(pool_->all);
+            pool_->idle.clear();
+        }
+        for (auto& l : all) {
+            std::lock_guard<std::mutex> g(l->lock);
+            CloseLink(*l);
+        }
+        std::lock_guard<std::mutex> g(link_->lock);
+        CloseLink(*link_);
+    }
+
+    bool IsOpen() const override { return link_->db != nullptr; }
+
+    // The command timeout is not applied: the library's statements (a
+    // long export, a large batch) run as long as they need; only the login
+    // is bounded.
+    std::unique_ptr<Cursor> Execute(const String& sql, const std::vector<Ref<Parameter>>& params, int64_t& affected,
+                                    int32_t) override {
+        std::lock_guard<std::mutex> g(link_->lock);
+        if (!link_->db) ThrowNotOpen();
+        if (link_->streaming) link_->streaming->HoldRest();
+        return Run(link_, StatementText(link_->db, sql, params), affected, nullptr);
+    }
+
+    std::unique_ptr<Cursor> ExecuteInBackground(const String& sql, int32_t) override {
+        std::string text, database;
+        MariaDbLogin login;
+        int32_t timeout = 15;
+        {
+            // The main connection's current database, which a statement may
+            // have changed since the login.
+            std::lock_guard<std::mutex> g(link_->lock);
+            if (!link_->db) ThrowNotOpen();
+            if (link_->streaming) link_->streaming->HoldRest();
+            text = StatementText(link_->db, sql, {});
+            login = link_->login;
+            timeout = link_->loginTimeout;
+            database = CurrentDatabase(link_->db);
+        }
+        std::shared_ptr<Link> link;
+        {
+            std::lock_guard<std::mutex> g(pool_->lock);
+            if (!pool_->idle.empty()) {
+                link = std::move(pool_->idle.back());
+                pool_->idle.pop_back();
+            }
+        }
+        if (!link) {
+            link = std::make_shared<Link>();
+            login.database = database;
+            std::lock_guard<std::mutex> g(link->lock);
+            OpenLink(*link, std::move(login), timeout);
+            std::lock_guard<std::mutex> p(pool_->lock);
+            pool_->all.push_back(link);
+        }
+        std::lock_guard<std::mutex> g(link->lock);
+        if (!link->db) ThrowNotOpen();
+        if (!database.empty() && (!link->db->db || database != link->db->db) &&
+            mysql_select_db(link->db, database.c_str()) != 0)
+            ThrowServer(link->db);
+        int64_t affected = 0;
+        try {
+            return Run(link, text, affected, pool_);
+        } catch (const ProviderFailure&) {
+            pool_->Give(link); // a refused statement leaves the connection ready
+            throw;
+        }
+    }
+
     Ref<Recordset> OpenSchema(int32_t schema, const std::vector<Variant>& criteria) override {
         return MySqlOpenSchema(*this, schema, criteria);
     }
 
 private:
-    std::shared_ptr<Backend> odbc_;
+    std::shared_ptr<Link> link_;
+    std::shared_ptr<StreamPool> pool_;
 };
 
 } // namespace

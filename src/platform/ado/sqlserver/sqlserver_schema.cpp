@@ -45,7 +45,7 @@ Ref<Recordset> Finish(Ref<Recordset> rs) {
 }
 
 // A declared length, or the long figure when the type is a (max) one.
-Variant Length(const Variant& columnSize, int32_t longFigure, bool& isLong) {
+Variant DeclaredLength(const Variant& columnSize, int32_t longFigure, bool& isLong) {
     int32_t n = LongOr(columnSize, 0);
     if (n <= 0 || n > kMaxDeclared) {
         isLong = true;
@@ -79,12 +79,12 @@ SqlServerTypeFigures ByOdbcType(int32_t odbcType, const Variant& columnSize, con
     case kSqlChar: case kSqlVarChar: case kSqlLongVarChar:
         f.dataType = adType::Char;
         f.maxLength = odbcType == kSqlLongVarChar ? (f.isLong = true, Variant(kLongNarrow))
-                                                  : Length(columnSize, kLongNarrow, f.isLong);
+                                                  : DeclaredLength(columnSize, kLongNarrow, f.isLong);
         break;
     case kSqlBinary: case kSqlVarBinary: case kSqlLongVarBinary:
         f.dataType = adType::Binary;
         f.maxLength = odbcType == kSqlLongVarBinary ? (f.isLong = true, Variant(kLongBinary))
-                                                    : Length(columnSize, kLongBinary, f.isLong);
+                                                    : DeclaredLength(columnSize, kLongBinary, f.isLong);
         break;
     case kSqlGuid: f.dataType = adType::GUID; break;
     case kSqlWLongVarChar: case kSqlSsXml:
@@ -96,11 +96,68 @@ SqlServerTypeFigures ByOdbcType(int32_t odbcType, const Variant& columnSize, con
     default:
         // Wide text, and whatever else the driver has: it travels as text.
         f.dataType = adType::WChar;
-        f.maxLength = Length(columnSize, kLongWide, f.isLong);
+        f.maxLength = DeclaredLength(columnSize, kLongWide, f.isLong);
         break;
     }
     return f;
 }
+
+} // namespace
+
+namespace {
+
+// How a type's length is figured.
+enum class Length { None, Declared, Long, Fixed, SizeOr };
+// Precision from COLUMN_SIZE and scale from DECIMAL_DIGITS (exact numbers).
+constexpr int32_t kFromColumn = -1;
+
+struct TypeRow {
+    StringView name;
+    int32_t dataType;
+    int32_t precision; // 0: none
+    Length length;
+    int32_t figure;    // the long figure, the fixed length or the fallback
+};
+
+constexpr TypeRow kTypes[] = {
+    //  TYPE_NAME            DATA_TYPE                 precision    length           figure
+    {u"bit",              adType::Boolean,          0,           Length::None,     0},
+    {u"tinyint",          adType::UnsignedTinyInt,  3,           Length::None,     0},
+    {u"smallint",         adType::SmallInt,         5,           Length::None,     0},
+    {u"int",              adType::Integer,          10,          Length::None,     0},
+    {u"bigint",           adType::BigInt,           19,          Length::None,     0},
+    {u"real",             adType::Single,           7,           Length::None,     0},
+    {u"float",            adType::Double,           15,          Length::None,     0},
+    {u"money",            adType::Currency,         19,          Length::None,     0},
+    {u"smallmoney",       adType::Currency,         10,          Length::None,     0},
+    {u"decimal",          adType::Numeric,          kFromColumn, Length::None,     0},
+    {u"numeric",          adType::Numeric,          kFromColumn, Length::None,     0},
+    {u"datetime",         adType::DBTimeStamp,      0,           Length::None,     0},
+    {u"smalldatetime",    adType::DBTimeStamp,      0,           Length::None,     0},
+    {u"datetime2",        adType::DBTimeStamp,      0,           Length::None,     0},
+    {u"date",             adType::DBDate,           0,           Length::None,     0},
+    {u"time",             adType::DBTime,           0,           Length::None,     0},
+    {u"char",             adType::Char,             0,           Length::Declared, kLongNarrow},
+    {u"varchar",          adType::Char,             0,           Length::Declared, kLongNarrow},
+    {u"text",             adType::Char,             0,           Length::Long,     kLongNarrow},
+    {u"nchar",            adType::WChar,            0,           Length::Declared, kLongWide},
+    {u"nvarchar",         adType::WChar,            0,           Length::Declared, kLongWide},
+    {u"sysname",          adType::WChar,            0,           Length::Fixed,    128},
+    {u"ntext",            adType::WChar,            0,           Length::Long,     kLongWide},
+    {u"xml",              adType::WChar,            0,           Length::Long,     kLongWide},
+    {u"binary",           adType::Binary,           0,           Length::Declared, kLongBinary},
+    {u"varbinary",        adType::Binary,           0,           Length::Declared, kLongBinary},
+    {u"image",            adType::Binary,           0,           Length::Long,     kLongBinary},
+    {u"geography",        adType::Binary,           0,           Length::Long,     kLongBinary},
+    {u"geometry",         adType::Binary,           0,           Length::Long,     kLongBinary},
+    {u"hierarchyid",      adType::Binary,           0,           Length::Long,     kLongBinary},
+    {u"timestamp",        adType::Binary,           0,           Length::Fixed,    8},
+    {u"rowversion",       adType::Binary,           0,           Length::Fixed,    8},
+    {u"uniqueidentifier", adType::GUID,             0,           Length::None,     0},
+    // No date type keeps the offset: the text form does.
+    {u"datetimeoffset",   adType::WChar,            0,           Length::SizeOr,   34},
+    {u"sql_variant",      adType::WChar,            0,           Length::Fixed,    kMaxDeclared},
+};
 
 } // namespace
 
@@ -110,63 +167,30 @@ SqlServerTypeFigures SqlServerColumnFigures(const String& typeName, int32_t odbc
     // Identity columns come as "int identity", "numeric() identity", ...
     if (size_t p = t.find(u" identity"); p != String::npos) t = Trim(t.substr(0, p));
     if (size_t p = t.find(u"()"); p != String::npos) t = t.substr(0, p);
+    const TypeRow* row = nullptr;
+    for (const TypeRow& r : kTypes)
+        if (r.name == t) row = &r;
+    // A user-defined type (or one newer than this table): its ODBC type is
+    // the base type's.
+    if (!row) return ByOdbcType(odbcType, columnSize, decimalDigits);
+
     SqlServerTypeFigures f;
-    auto number = [&](int32_t type, int32_t precision) {
-        f.dataType = type;
-        f.precision = Variant(precision);
-    };
-    if (t == u"bit") f.dataType = adType::Boolean;
-    else if (t == u"tinyint") number(adType::UnsignedTinyInt, 3);
-    else if (t == u"smallint") number(adType::SmallInt, 5);
-    else if (t == u"int") number(adType::Integer, 10);
-    else if (t == u"bigint") number(adType::BigInt, 19);
-    else if (t == u"real") number(adType::Single, 7);
-    else if (t == u"float") number(adType::Double, 15);
-    else if (t == u"money") number(adType::Currency, 19);
-    else if (t == u"smallmoney") number(adType::Currency, 10);
-    else if (t == u"decimal" || t == u"numeric") {
-        f.dataType = adType::Numeric;
+    f.dataType = row->dataType;
+    if (row->precision == kFromColumn) {
         f.precision = LongOrNull(columnSize);
         f.scale = LongOrNull(decimalDigits).IsNull() ? Variant(int32_t{0}) : LongOrNull(decimalDigits);
-    } else if (t == u"datetime" || t == u"smalldatetime" || t == u"datetime2") f.dataType = adType::DBTimeStamp;
-    else if (t == u"date") f.dataType = adType::DBDate;
-    else if (t == u"time") f.dataType = adType::DBTime;
-    else if (t == u"char" || t == u"varchar") {
-        f.dataType = adType::Char;
-        f.maxLength = Length(columnSize, kLongNarrow, f.isLong);
-    } else if (t == u"text") {
-        f.dataType = adType::Char;
-        f.maxLength = Variant(kLongNarrow);
+    } else if (row->precision > 0) {
+        f.precision = Variant(row->precision);
+    }
+    switch (row->length) {
+    case Length::None: break;
+    case Length::Declared: f.maxLength = DeclaredLength(columnSize, row->figure, f.isLong); break;
+    case Length::Long:
+        f.maxLength = Variant(row->figure);
         f.isLong = true;
-    } else if (t == u"nchar" || t == u"nvarchar" || t == u"sysname") {
-        f.dataType = adType::WChar;
-        f.maxLength = t == u"sysname" ? Variant(int32_t{128}) : Length(columnSize, kLongWide, f.isLong);
-    } else if (t == u"ntext" || t == u"xml") {
-        f.dataType = adType::WChar;
-        f.maxLength = Variant(kLongWide);
-        f.isLong = true;
-    } else if (t == u"binary" || t == u"varbinary") {
-        f.dataType = adType::Binary;
-        f.maxLength = Length(columnSize, kLongBinary, f.isLong);
-    } else if (t == u"image" || t == u"geography" || t == u"geometry" || t == u"hierarchyid") {
-        f.dataType = adType::Binary;
-        f.maxLength = Variant(kLongBinary);
-        f.isLong = true;
-    } else if (t == u"timestamp" || t == u"rowversion") {
-        f.dataType = adType::Binary;
-        f.maxLength = Variant(int32_t{8});
-    } else if (t == u"uniqueidentifier") f.dataType = adType::GUID;
-    else if (t == u"datetimeoffset") {
-        // No date type keeps the offset: the text form does.
-        f.dataType = adType::WChar;
-        f.maxLength = Variant(LongOr(columnSize, 34));
-    } else if (t == u"sql_variant") {
-        f.dataType = adType::WChar;
-        f.maxLength = Variant(int32_t{kMaxDeclared});
-    } else {
-        // A user-defined type (or one newer than this table): its ODBC type
-        // is the base type's.
-        f = ByOdbcType(odbcType, columnSize, decimalDigits);
+        break;
+    case Length::Fixed: f.maxLength = Variant(row->figure); break;
+    case Length::SizeOr: f.maxLength = Variant(LongOr(columnSize, row->figure)); break;
     }
     return f;
 }

@@ -3,6 +3,7 @@
 #include <functional>
 #include <optional>
 
+#include "common/failure.hpp"
 #include "data/codecs.hpp"
 #include "support/numbers.hpp"
 #include "zolsdk/data/blob.hpp"
@@ -24,14 +25,7 @@ public:
     ~LocaleScope() { UserLocale::Reset(); }
 };
 
-int32_t FailureNumber(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const DbError& e) {
-        return e.Number();
-    }
-    return 0;
-}
+using zoltest::FailureNumber;
 } // namespace
 
 TEST(Numbers, IntegerTextAndSeparators) {

@@ -4,24 +4,17 @@
 
 #include <functional>
 
+#include "common/failure.hpp"
 #include "zolsdk/catalog/class_factory.hpp"
 #include "zolsdk/support/encrypt.hpp"
 
 namespace zolsdk {
 namespace {
 
+using zoltest::Failure;
+
 constexpr int32_t kCipherFailure = static_cast<int32_t>(0x80004005u);
 const String kNoOpen = u"The encrypted text does not open with this initialisation text and key phrase.";
-
-DbError Failure(const std::function<void()>& f) {
-    try {
-        f();
-    } catch (const DbError& e) {
-        return e;
-    }
-    ADD_FAILURE() << "no failure was raised";
-    return DbError(0, String(), String());
-}
 
 // The routine named on the failure's last line of trace.
 String LastRoutine(const String& source) {

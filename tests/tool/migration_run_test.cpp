@@ -1,0 +1,173 @@
+// zol migrate as a user runs it on real servers: parallel runs give the
+// same verified result as one job, a run whose target dies is resumed to a
+// whole copy without a duplicate, a held lock ends the run within
+// --lock-timeout, and the report and log are fit for scripts.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include "own_server.hpp"
+#include "tool_runner.hpp"
+
+using namespace zoltool;
+
+namespace {
+
+const Server kShared;
+
+std::string UniqueName(const std::string& stem) {
+    static std::atomic<int> n{0};
+    return "zt_" + stem + "_" + std::to_string(::getpid()) + "_" + std::to_string(n++);
+}
+
+std::string Must(const Ran& r) {
+    if (r.exit != 0) ADD_FAILURE() << "mariadb failed: " << r.err;
+    return r.out;
+}
+
+// A database on a server, dropped when the test ends.
+struct Database {
+    const Server& server;
+    std::string name;
+    Database(const Server& s, const std::string& stem) : server(s), name(UniqueName(stem)) {
+        Must(server.Sql("CREATE DATABASE `" + name + "` DEFAULT CHARACTER SET utf8mb4"));
+    }
+    ~Database() { server.Sql("DROP DATABASE IF EXISTS `" + name + "`"); }
+    std::string Attrs() const { return server.Attrs(name); }
+    std::string Sql(const std::string& sql) const { return Must(server.Sql(sql, name)); }
+};
+
+void LoadSakila(const Database& db) {
+    std::string dir = std::string(ZOLSDK_SHARED_DIR) + "/data/sakila/";
+    std::string rename = "sed -e '/^DROP SCHEMA IF EXISTS sakila;/d' -e '/^CREATE SCHEMA sakila;/d' -e 's/^USE sakila;/USE " +
+                         db.name + ";/' -e 's/\\bsakila\\./" + db.name + "./g'";
+    Ran r = RunProgram({"sh", "-c",
+                        "cat '" + dir + "sakila-schema.sql' '" + dir + "sakila-data.sql' | " + rename +
+                            " | mariadb --protocol=tcp -h127.0.0.1 -P3306 -uzol -pzol"});
+    ASSERT_EQ(r.exit, 0) << r.err;
+}
+
+// Count, distinct keys and a checksum of every row, computed by the server.
+std::string Fingerprint(const Database& db, const std::string& table, const std::string& key,
+                        const std::string& columns) {
+    return db.Sql("SELECT COUNT(*), COUNT(DISTINCT " + key + "), SUM(CRC32(CONCAT_WS('|'," + columns +
+                  "))) FROM `" + table + "`");
+}
+
+std::string ReadFile(const std::string& path) {
+    std::ifstream in(path);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+// The tables of a JSON report as "name rows verified failure?" lines, read by Python's json module.
+std::string ReportTables(const std::string& path) {
+    Ran r = RunProgram({"python3", "-c",
+                        "import json,sys\n"
+                        "r=json.load(open(sys.argv[1]))\n"
+                        "for t in r['tables']: print(t['name'], t['rows'], t['verified'], t['failure'] is None)\n",
+                        path});
+    EXPECT_EQ(r.exit, 0) << r.err;
+    return r.out;
+}
+
+TEST(Migrate, FourJobsGiveTheSameVerifiedSakilaAsOne) {
+    Database source(kShared, "sakila"), one(kShared, "one"), four(kShared, "four");
+    LoadSakila(source);
+    std::string reportOne = "/tmp/" + one.name + ".json", reportFour = "/tmp/" + four.name + ".json";
+    Ran a = Zol({"migrate", "--from", source.Attrs(), "--to", one.Attrs(), "--jobs", "1", "--report", reportOne,
+                 "--state", "/tmp/" + one.name + ".state"});
+    Ran b = Zol({"migrate", "--from", source.Attrs(), "--to", four.Attrs(), "--jobs", "4", "--range-rows", "3000",
+                 "--report", reportFour, "--state", "/tmp/" + four.name + ".state"});
+    EXPECT_EQ(a.exit, b.exit) << a.out << b.out;
+    // Logs captured from a pipe are plain lines.
+    EXPECT_EQ(a.out.find('\r'), std::string::npos);
+    EXPECT_EQ(b.out.find('\r'), std::string::npos);
+
+    std::string tablesOne = ReportTables(reportOne), tablesFour = ReportTables(reportFour);
+    EXPECT_EQ(tablesOne, tablesFour);
+    EXPECT_NE(tablesOne.find("rental 16044 True True"), std::string::npos) << tablesOne;
+    EXPECT_NE(tablesOne.find("payment 16044 True True"), std::string::npos) << tablesOne;
+    // The server's own checksums of every table agree between the two copies.
+    std::string names = one.Sql("SELECT GROUP_CONCAT('`', table_name, '`') FROM information_schema.tables "
+                                "WHERE table_schema = DATABASE() AND table_type = 'BASE TABLE'");
+    names.pop_back();
+    std::string sumsOne = one.Sql("CHECKSUM TABLE " + names), sumsFour = four.Sql("CHECKSUM TABLE " + names);
+    auto bare = [](std::string s, const std::string& db) {
+        for (size_t at; (at = s.find(db + ".")) != std::string::npos;) s.erase(at, db.size() + 1);
+        return s;
+    };
+    EXPECT_EQ(bare(sumsOne, one.name), bare(sumsFour, four.name));
+    // Foreign keys came last, in both.
+    std::string fk = "SELECT COUNT(*) FROM information_schema.referential_constraints WHERE constraint_schema = DATABASE()";
+    EXPECT_EQ(one.Sql(fk), four.Sql(fk));
+    EXPECT_EQ(one.Sql(fk), source.Sql(fk));
+    for (auto* f : {&reportOne, &reportFour}) std::remove(f->c_str());
+}
+
+TEST(Migrate, ARunWhoseTargetDiesIsResumedWithNoRowMissingOrTwice) {
+    OwnServer target;
+    Database source(kShared, "resume_src");
+    source.Sql("CREATE TABLE big (id INT PRIMARY KEY, a VARCHAR(40), b DECIMAL(12,2), c DATETIME, t TEXT);"
+               "INSERT INTO big SELECT seq, CONCAT('row ', seq), seq / 7, '2024-01-01' + INTERVAL seq MINUTE, "
+               "REPEAT('x', seq % 200) FROM seq_1_to_240000;"
+               "CREATE TABLE nokey (n INT, s VARCHAR(10));"
+               "INSERT INTO nokey SELECT seq % 100, 'same' FROM seq_1_to_20000;");
+    Database copy(target.server, "resume_dst");
+    std::string state = "/tmp/" + copy.name + ".state";
+    std::vector<std::string> args = {"migrate", "--from", source.Attrs(), "--to", copy.Attrs(), "--jobs", "2",
+                                     "--range-rows", "20000", "--state", state, "--lock-timeout", "5"};
+
+    Ran first;
+    std::thread run([&] { first = Zol(args, std::chrono::seconds(240)); });
+    // Kill the target once some key ranges are recorded as verified, while others are not.
+    int verified = 0;
+    for (int i = 0; i < 1200 && verified < 2; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        std::string s = ReadFile(state);
+        verified = 0;
+        for (size_t at = 0; (at = s.find("\nrange\t", at)) != std::string::npos; ++at) ++verified;
+    }
+    target.Kill();
+    run.join();
+    ASSERT_GE(verified, 2) << first.out << first.err;
+    EXPECT_FALSE(first.timedOut);
+    EXPECT_NE(first.exit, 0) << first.out;
+
+    target.Start();
+    Ran again = Zol({"migrate", "--from", source.Attrs(), "--to", copy.Attrs(), "--jobs", "2", "--range-rows", "20000",
+                     "--state", state, "--resume"},
+                    std::chrono::seconds(240));
+    EXPECT_EQ(again.exit, 0) << again.out << again.err;
+    std::string columns = "id, a, b, c, t";
+    EXPECT_EQ(Fingerprint(copy, "big", "id", columns), Fingerprint(source, "big", "id", columns));
+    EXPECT_EQ(copy.Sql("SELECT COUNT(*), SUM(n) FROM nokey"), "20000\t990000\n");
+    // The rerun copied again only what was not verified.
+    EXPECT_NE(first.out.find("nokey: verified"), std::string::npos) << first.out;
+    EXPECT_NE(again.out.find("nokey: verified by an earlier run"), std::string::npos) << again.out;
+    EXPECT_FALSE(std::filesystem::exists(state)) << "a run that ends whole leaves no record";
+    std::remove(state.c_str());
+}
+
+TEST(Migrate, AHeldLockEndsTheRunWithinItsLockTimeout) {
+    Database source(kShared, "lock_src"), copy(kShared, "lock_dst");
+    source.Sql("CREATE TABLE t (id INT PRIMARY KEY, v INT); INSERT INTO t SELECT seq, seq FROM seq_1_to_100;");
+    copy.Sql("CREATE TABLE t (id INT PRIMARY KEY, v INT);");
+    // Another session holds the table while zol wants to replace it.
+    std::thread holder([&] { copy.server.Sql("LOCK TABLES t WRITE; SELECT SLEEP(12);", copy.name); });
+    std::this_thread::sleep_for(std::chrono::seconds(2));
+    auto started = std::chrono::steady_clock::now();
+    Ran r = Zol({"migrate", "--from", source.Attrs(), "--to", copy.Attrs(), "--replace", "--lock-timeout", "3"},
+                std::chrono::seconds(60));
+    double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - started).count();
+    holder.join();
+    EXPECT_EQ(r.exit, 1) << r.out << r.err;
+    EXPECT_LT(seconds, 15.0) << r.out;
+    EXPECT_NE(r.out.find("Lock wait timeout"), std::string::npos) << r.out;
+}
+
+} // namespace
