@@ -264,6 +264,10 @@ MYSQL* Connect(const MariaDbLogin& login, int32_t loginTimeout, bool forStatemen
         }
         ProviderError e{static_cast<int32_t>(mysql_errno(db)), FromUtf8(mysql_sqlstate(db)), FromUtf8(mysql_error(db))};
         mysql_close(db);
+        // Some client-side texts (a server that accepts and never answers) name no
+        // server; the user must learn which one did not answer.
+        if (e.native >= 2000 && e.message.find(FromUtf8(host)) == String::npos)
+            e.message += u" (server " + FromUtf8(host) + u":" + FromUtf8(std::to_string(login.port)) + u")";
         throw ProviderFailure({std::move(e)});
     }
     // Statements themselves run as long as they need.
