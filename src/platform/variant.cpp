@@ -185,6 +185,9 @@ namespace {
 long DecimalMagnitude(const std::string& s) {
     size_t e = s.find('e');
     long exp = e == std::string::npos ? 0 : std::strtol(s.c_str() + e + 1, nullptr, 10);
+    // strtol saturates on an exponent of many digits; far beyond any double's
+    // range either way, and the sums below must not overflow.
+    exp = std::clamp(exp, -100000L, 100000L);
     long intDigits = 0, leadingFracZeros = 0;
     bool inFrac = false, seen = false;
     for (size_t i = 0; i < std::min(e, s.size()); ++i) {
