@@ -39,11 +39,6 @@ struct Options {
     bool keep = false;
 };
 
-std::string ServerAttributes() {
-    const char* env = std::getenv("ZOLSDK_MYSQL_ATTRS");
-    return env && *env ? env : "dbtype=mysql;dblocation=127.0.0.1;username=zol;password=zol";
-}
-
 // Integers, a short and a longer text, a decimal, a double and a date-time.
 const char* kCreateSource =
     "CREATE TABLE t (id INT NOT NULL PRIMARY KEY, qty INT NOT NULL, code VARCHAR(16) NOT NULL,"
@@ -175,7 +170,7 @@ Options Parse(int argc, char** argv) {
 }
 
 int Main(const Options& o) {
-    Server server = Server::FromAttributes(ServerAttributes());
+    Server server = Server::FromEnvironment();
     std::filesystem::path dir = std::filesystem::temp_directory_path() / ("zol_access_bench_" + std::to_string(::getpid()));
     std::filesystem::create_directories(dir);
     const std::string src = "zol_access_bench_src", viaZol = "zol_access_bench_zol", viaMdb = "zol_access_bench_mdb";

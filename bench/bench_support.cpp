@@ -1,6 +1,7 @@
 #include "bench_support.hpp"
 
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -38,6 +39,11 @@ std::string Quoted(const std::string& s) {
     return out + "'";
 }
 } // namespace
+
+Server Server::FromEnvironment() {
+    const char* env = std::getenv("ZOLSDK_MYSQL_ATTRS");
+    return FromAttributes(env && *env ? env : "dbtype=mysql;dblocation=127.0.0.1;username=zol;password=zol");
+}
 
 Server Server::FromAttributes(const std::string& attributes) {
     Server s;

@@ -19,6 +19,8 @@ struct Server {
     std::string host = "127.0.0.1", port = "3306", user, password;
 
     static Server FromAttributes(const std::string& attributes);
+    // The server named by ZOLSDK_MYSQL_ATTRS, or the local test server.
+    static Server FromEnvironment();
     // A catalog on one database of the server (the database need not exist).
     Ref<zolsdk::DbCatalog> Catalog(const std::string& database) const;
     // The options of the command-line client and dump tool for this server.
