@@ -34,4 +34,15 @@ int32_t FailureNumber(F&& f) {
     return 0;
 }
 
+// True when the failure chain holds the routine's literal followed by a
+// line number, i.e. the failure passed through that routine.
+inline bool HasTrace(const zolsdk::DbError& e, const zolsdk::String& literal) {
+    const zolsdk::String& s = e.Source();
+    for (size_t at = s.find(literal); at != zolsdk::String::npos; at = s.find(literal, at + 1)) {
+        const size_t next = at + literal.size();
+        if (next < s.size() && s[next] >= u'0' && s[next] <= u'9') return true;
+    }
+    return false;
+}
+
 } // namespace zoltest

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "common/failure.hpp"
+#include "common/locale_scope.hpp"
 #include "data/codecs.hpp"
 #include "support/numbers.hpp"
 #include "zolsdk/data/blob.hpp"
@@ -12,21 +13,8 @@
 
 using namespace zolsdk;
 
-namespace {
-// Puts a locale in force for one test and restores the process's afterwards.
-class LocaleScope {
-public:
-    explicit LocaleScope(const char16_t* decimal, const char16_t* thousand = u"") {
-        UserLocale l;
-        l.decimalSeparator = decimal;
-        l.thousandSeparator = thousand;
-        UserLocale::Set(l);
-    }
-    ~LocaleScope() { UserLocale::Reset(); }
-};
-
 using zoltest::FailureNumber;
-} // namespace
+using zoltest::LocaleScope;
 
 TEST(Numbers, IntegerTextAndSeparators) {
     EXPECT_EQ(NumberToText(0), u"0");
@@ -43,7 +31,7 @@ TEST(Numbers, IntegerTextAndSeparators) {
         EXPECT_EQ(GetDecimalSeparator(), u":"); // cut to one character
     }
     {
-        LocaleScope l(u"");
+        LocaleScope l(u"", u"");
         EXPECT_EQ(GetDecimalSeparator(), u"");
     }
 }
@@ -62,7 +50,7 @@ TEST(GenericCodec, EscapeIsNotAnExactInverse) {
 }
 
 TEST(GenericCodec, EncodeDispatchesOnTypeGroup) {
-    LocaleScope l(u".");
+    LocaleScope l(u".", u"");
     DbGenericEncoder enc;
     EXPECT_EQ(enc.Encode(Variant(int32_t{-42}), 3, u",", u"%2C"), u"-42");
     EXPECT_EQ(enc.Encode(Variant(u"17"), 4, u",", u"%2C"), u"17");
@@ -122,7 +110,7 @@ TEST(GenericCodec, NumbersAreLocaleFreeBothWays) {
 TEST(GenericCodec, DecoderKeepsTheSeparatorItWasMadeWith) {
     std::optional<DbGenericDecoder> dec;
     {
-        LocaleScope l(u",");
+        LocaleScope l(u",", u"");
         dec.emplace();
     }
     {

@@ -1,9 +1,9 @@
 // The column set of a data set over a real table: which columns, in what
 // order and at which positions, computed COUNT/MAX items and what their rows
 // hold, the cached column list text, look-ups, and the fill mode chosen.
-#include "dataflow/dataflow_fixture.hpp"
+#include "data/data_fixture.hpp"
 
-namespace zolsdk::dataflowtest {
+namespace zolsdk::datatest {
 namespace {
 
 class DataColumns : public ::testing::Test {
@@ -146,4 +146,4 @@ TEST_F(DataColumns, FillModeFollowsLargeColumnsUnlessGiven) {
 }
 
 } // namespace
-} // namespace zolsdk::dataflowtest
+} // namespace zolsdk::datatest

@@ -7,11 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "common/failure.hpp"
 #include "migration/row_compare.hpp"
 #include "mysql/mysql_fixture.hpp"
 #include "zolsdk/zolsdk.hpp"
 
-namespace zolsdk::dataflowtest {
+namespace zolsdk::datatest {
 
 using mysqltest::Contains;
 using mysqltest::Failure;
@@ -59,15 +60,7 @@ inline bool BracketOpen(const Ref<DbCatalog>& catalog) {
     return !catalog->Session().As<DbMySqlDB>()->ActiveConnection().IsNothing();
 }
 
-// The chain holds the routine's literal followed by its line number.
-inline bool HasTrace(const DbError& e, const String& literal) {
-    const String& s = e.Source();
-    for (size_t at = s.find(literal); at != String::npos; at = s.find(literal, at + 1)) {
-        const size_t next = at + literal.size();
-        if (next < s.size() && s[next] >= u'0' && s[next] <= u'9') return true;
-    }
-    return false;
-}
+using zoltest::HasTrace;
 
 inline Ref<DbBlob> TextBlob(const String& text) {
     auto b = Ref<DbBlob>::New();
@@ -90,4 +83,4 @@ inline Bytes Pattern(size_t n, uint8_t seed) {
 // The bytes as the tests' canonical text: "0x" and lower-case hex.
 inline std::string Hex(const Bytes& b) { return migrationtest::Canonical(Variant(b)); }
 
-} // namespace zolsdk::dataflowtest
+} // namespace zolsdk::datatest

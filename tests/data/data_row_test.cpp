@@ -1,10 +1,10 @@
 // One row as a typed buffer: null marks, values of every type group in and
 // out, blob cells, the record text with both substitute marks, positions,
 // and rows without columns.
-#include "dataflow/dataflow_fixture.hpp"
+#include "data/data_fixture.hpp"
 #include "zolsdk/platform/datetime.hpp"
 
-namespace zolsdk::dataflowtest {
+namespace zolsdk::datatest {
 namespace {
 
 const String kEveryGroup =
@@ -143,4 +143,4 @@ TEST(DataRow, RowsWithoutColumnsFailOnEveryUse) {
 }
 
 } // namespace
-} // namespace zolsdk::dataflowtest
+} // namespace zolsdk::datatest

@@ -2,9 +2,9 @@
 // positions, the reused enumeration row, the record text, empty tables,
 // rows re-read by key in mode 1, large values in rows, and the background
 // fetch of mode 3.
-#include "dataflow/dataflow_fixture.hpp"
+#include "data/data_fixture.hpp"
 
-namespace zolsdk::dataflowtest {
+namespace zolsdk::datatest {
 namespace {
 
 class DataRows : public ::testing::Test {
@@ -250,4 +250,4 @@ TEST_F(BackgroundFetch, OutsideABracketTheMarkedStatementReachesTheServer) {
 }
 
 } // namespace
-} // namespace zolsdk::dataflowtest
+} // namespace zolsdk::datatest

@@ -1,8 +1,8 @@
 // Data out of a catalog: the fill mode ExportData chooses by the row count,
 // emptying a table or the cached schema, and statements passed through.
-#include "dataflow/dataflow_fixture.hpp"
+#include "data/data_fixture.hpp"
 
-namespace zolsdk::dataflowtest {
+namespace zolsdk::datatest {
 namespace {
 
 TEST(Export, ModeFollowsTheRowCountAtTheThreshold) {
@@ -71,4 +71,4 @@ TEST(Export, PassThroughTellsWhetherRowsWereTouched) {
 }
 
 } // namespace
-} // namespace zolsdk::dataflowtest
+} // namespace zolsdk::datatest

@@ -6,11 +6,11 @@
 #include <map>
 
 #include "common/hostile_values.hpp"
-#include "dataflow/dataflow_fixture.hpp"
+#include "data/data_fixture.hpp"
 #include "dialects/sql_dialect.hpp"
 #include "support/replace_text.hpp"
 
-namespace zolsdk::dataflowtest {
+namespace zolsdk::datatest {
 namespace {
 
 std::string HexOf(const String& text) {
@@ -180,4 +180,4 @@ TEST_F(HostileValuesOnMariaDb, NamesThatCloseTheirQuotesReachOnlyTheirOwnTable) 
 }
 
 } // namespace
-} // namespace zolsdk::dataflowtest
+} // namespace zolsdk::datatest

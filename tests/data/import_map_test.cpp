@@ -1,9 +1,9 @@
 // ImportDataEx against the real server: column, constant, expression and
 // pattern maps, by text in batches and by bound rows, judged by the target
 // table.
-#include "dataflow/dataflow_fixture.hpp"
+#include "data/data_fixture.hpp"
 
-namespace zolsdk::dataflowtest {
+namespace zolsdk::datatest {
 namespace {
 
 class MappedImport : public ::testing::Test {
@@ -139,4 +139,4 @@ TEST_F(MappedImport, FailingMapsEndTheRunAndTheBracket) {
 }
 
 } // namespace
-} // namespace zolsdk::dataflowtest
+} // namespace zolsdk::datatest

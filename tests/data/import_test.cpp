@@ -1,9 +1,9 @@
 // ImportData against the real server, judged by what reached the target
 // table: the batched way and the edges of its byte limit, the bound way with
 // large values, a failure in the middle of a run, and an empty data set.
-#include "dataflow/dataflow_fixture.hpp"
+#include "data/data_fixture.hpp"
 
-namespace zolsdk::dataflowtest {
+namespace zolsdk::datatest {
 namespace {
 
 // A row of the wide tables renders as "<id>,<text>,NULL" in the text way:
@@ -197,4 +197,4 @@ TEST_F(Import, EmptyDataSetsWriteNothingAndSucceed) {
 }
 
 } // namespace
-} // namespace zolsdk::dataflowtest
+} // namespace zolsdk::datatest

@@ -1,9 +1,9 @@
 // ImportDataRow and UpdateDataByAttribute against the real server: the
 // text and bound ways by the data set's mode, the connection scope, the
 // matching columns, and their failures.
-#include "dataflow/dataflow_fixture.hpp"
+#include "data/data_fixture.hpp"
 
-namespace zolsdk::dataflowtest {
+namespace zolsdk::datatest {
 namespace {
 
 class RowImport : public ::testing::Test {
@@ -121,4 +121,4 @@ TEST_F(RowImport, AnUnknownMatchingColumnFailsAndEndsTheBracket) {
 }
 
 } // namespace
-} // namespace zolsdk::dataflowtest
+} // namespace zolsdk::datatest

@@ -35,14 +35,6 @@ inline Ref<DbMapExpression> Expression(DbExpressionOperatorEnum op, std::initial
 
 using zoltest::Failure;
 
-// The chain's line for a routine: its literal followed by a line number.
-inline bool HasTrace(const DbError& e, const String& literal) {
-    const String& s = e.Source();
-    for (size_t at = s.find(literal); at != String::npos; at = s.find(literal, at + 1)) {
-        const size_t next = at + literal.size();
-        if (next < s.size() && s[next] >= u'0' && s[next] <= u'9') return true;
-    }
-    return false;
-}
+using zoltest::HasTrace;
 
 } // namespace zolsdk::testing

@@ -8,12 +8,12 @@
 
 #include <cstdio>
 
-#include "dataflow/dataflow_fixture.hpp"
+#include "data/data_fixture.hpp"
 
 namespace zolsdk::mysqltest {
 namespace {
 
-using dataflowtest::Catalog;
+using datatest::Catalog;
 
 // Lines the `mariadb` client prints for a statement (tabs between fields).
 std::vector<std::string> ClientLines(const ScratchDb& db, const std::string& sql) {

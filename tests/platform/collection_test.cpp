@@ -2,11 +2,11 @@
 
 #include <vector>
 
-#include "platform/failure_helpers.hpp"
+#include "common/failure.hpp"
 #include "zolsdk/platform/collection.hpp"
 
 using namespace zolsdk;
-using zolsdk::testing::FailureNumber;
+using zoltest::FailureNumber;
 
 namespace {
 std::vector<String> Texts(const Collection& c) {

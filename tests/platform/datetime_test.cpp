@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "platform/failure_helpers.hpp"
+#include "common/failure.hpp"
 #include "zolsdk/platform/datetime.hpp"
 
 using namespace zolsdk;
-using zolsdk::testing::FailureNumber;
+using zoltest::FailureNumber;
 
 namespace {
 ::testing::AssertionResult PartsAre(double date, int y, int mo, int d, int h = 0, int mi = 0, int s = 0) {

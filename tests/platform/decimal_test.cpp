@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "platform/failure_helpers.hpp"
+#include "common/failure.hpp"
 #include "zolsdk/platform/decimal.hpp"
 
 using namespace zolsdk;
-using zolsdk::testing::FailureNumber;
+using zoltest::FailureNumber;
 
 namespace {
 Decimal D(const char16_t* text) {

@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
 
-#include "platform/failure_helpers.hpp"
+#include "common/failure.hpp"
 #include "zolsdk/platform/ado/recordset.hpp"
 #include "platform/ado/rowset_feed.hpp"
 
 using namespace zolsdk;
 using namespace zolsdk::ado;
-using zolsdk::testing::FailureNumber;
+using zoltest::FailureNumber;
 
 namespace {
 // A rowset of people: name (text of at most 10), age, city.

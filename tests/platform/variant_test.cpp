@@ -3,13 +3,14 @@
 #include <cmath>
 #include <limits>
 
-#include "platform/failure_helpers.hpp"
+#include "common/failure.hpp"
+#include "common/locale_scope.hpp"
 #include "zolsdk/platform/datetime.hpp"
 #include "zolsdk/platform/variant.hpp"
 
 using namespace zolsdk;
-using zolsdk::testing::FailureNumber;
-using zolsdk::testing::LocaleScope;
+using zoltest::FailureNumber;
+using zoltest::LocaleScope;
 
 namespace {
 class Thing : public Object {};
