@@ -146,10 +146,7 @@ double InsertRows(const Ref<DbCatalog>& cat, int64_t rows, int perStatement) {
 
 std::string ZolTool() {
     if (const char* env = std::getenv("ZOL_TOOL"); env && *env) return env;
-    char buf[4096];
-    ssize_t n = ::readlink("/proc/self/exe", buf, sizeof buf - 1);
-    if (n <= 0) throw std::runtime_error("cannot find the program's own path");
-    std::filesystem::path self(std::string(buf, static_cast<size_t>(n)));
+    std::filesystem::path self(SelfPath());
     return (self.parent_path().parent_path() / "tools" / "zol").string();
 }
 

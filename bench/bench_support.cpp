@@ -6,6 +6,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace zolbench {
 
@@ -63,6 +64,13 @@ Ref<zolsdk::DbCatalog> Server::Catalog(const std::string& database) const {
 
 std::string Server::ClientOptions() const {
     return "--protocol=tcp -h" + Quoted(host) + " -P" + Quoted(port) + " -u" + Quoted(user) + " -p" + Quoted(password);
+}
+
+std::string SelfPath() {
+    char buf[4096];
+    ssize_t n = ::readlink("/proc/self/exe", buf, sizeof buf - 1);
+    if (n <= 0) throw std::runtime_error("cannot find the program's own path");
+    return std::string(buf, static_cast<size_t>(n));
 }
 
 std::string Shell(const std::string& command) {

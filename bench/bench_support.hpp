@@ -36,6 +36,9 @@ std::string QueryValue(const Server& server, const std::string& sql, const std::
 // A shell command; raises std::runtime_error with its output when it fails.
 std::string Shell(const std::string& command);
 
+// The path of the running program.
+std::string SelfPath();
+
 // Seconds since `start`.
 inline double Since(std::chrono::steady_clock::time_point start) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();

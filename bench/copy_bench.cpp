@@ -188,13 +188,6 @@ int ProbeMemory(const std::string& database, int64_t rows) {
     return 0;
 }
 
-std::string SelfPath() {
-    char buf[4096];
-    ssize_t n = ::readlink("/proc/self/exe", buf, sizeof buf - 1);
-    if (n <= 0) throw std::runtime_error("cannot find the program's own path");
-    return std::string(buf, static_cast<size_t>(n));
-}
-
 Options Parse(int argc, char** argv) {
     Options o;
     for (int i = 1; i < argc; ++i) {

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "support/split.hpp"
 #include "zolsdk/platform/error.hpp"
 
 namespace zolsdk::transfer {
@@ -54,41 +55,32 @@ Variant BoundValue(Kind k, const String& text) {
 
 int64_t Number(const String& text) { return std::stoll(ToUtf8(text)); }
 
+// Where the value of a password item ("password=...", any case) starts;
+// npos for any other item.
+size_t PasswordValueAt(StringView item) {
+    size_t eq = item.find(u'=');
+    if (eq == StringView::npos || !EqualsNoCase(Trim(item.substr(0, eq)), u"password")) return StringView::npos;
+    return eq + 1;
+}
+
 // What names the catalog in an attribute string: every item but the
 // password, which may change between runs without naming another catalog.
 String Identity(StringView attributes) {
     String out;
-    size_t at = 0;
-    for (;;) {
-        size_t end = attributes.find(u';', at);
-        if (end == StringView::npos) end = attributes.size();
-        StringView item = attributes.substr(at, end - at);
-        size_t eq = item.find(u'=');
-        bool password = eq != StringView::npos && EqualsNoCase(Trim(item.substr(0, eq)), u"password");
-        if (!password && !Trim(item).empty()) out += (out.empty() ? u"" : u";") + Trim(item);
-        if (end == attributes.size()) return out;
-        at = end + 1;
-    }
+    for (const String& item : Split(attributes, u";"))
+        if (PasswordValueAt(item) == StringView::npos && !Trim(item).empty())
+            out += (out.empty() ? u"" : u";") + Trim(item);
+    return out;
 }
 
 } // namespace
 
 String WithoutPassword(StringView attributes) {
-    String out;
-    size_t at = 0;
-    for (;;) {
-        size_t end = attributes.find(u';', at);
-        if (end == StringView::npos) end = attributes.size();
-        StringView item = attributes.substr(at, end - at);
-        size_t eq = item.find(u'=');
-        if (eq != StringView::npos && eq + 1 < item.size() && EqualsNoCase(Trim(item.substr(0, eq)), u"password"))
-            out += String(item.substr(0, eq + 1)) + u"***";
-        else
-            out += item;
-        if (end == attributes.size()) return out;
-        out += u';';
-        at = end + 1;
-    }
+    std::vector<String> items = Split(attributes, u";");
+    for (String& item : items)
+        if (size_t at = PasswordValueAt(item); at != StringView::npos && at < item.size())
+            item = item.substr(0, at) + u"***";
+    return Join(items, u";");
 }
 
 ResumeState::ResumeState(const String& path, const Plan& plan, bool resume) {
