@@ -86,6 +86,8 @@ String DbGenericEncoder::EncodeString(StringView text, StringView psChar, String
     // Double the escape first, then put it where the delimiter was. Decoding
     // is not the exact inverse of this (two delimiters side by side come
     // back as the escape); the builders read records by that same rule.
+    // Most texts hold neither: they are their own encoding.
+    if (text.find(psChar) == StringView::npos && text.find(psEncodeTo) == StringView::npos) return String(text);
     String doubled(psEncodeTo);
     doubled += psEncodeTo;
     return ReplaceAll(ReplaceAll(text, psEncodeTo, doubled), psChar, psEncodeTo);
