@@ -4,12 +4,16 @@
 
 #include "platform/ado/rowset_feed.hpp"
 #include "transfer/identifiers.hpp"
+#include "transfer/load_writer.hpp"
 #include "transfer/type_map.hpp"
 #include "transfer/values.hpp"
 
 namespace zolsdk::transfer {
 
 namespace {
+
+// The bulk load's text goes to the loader in chunks of about this size.
+constexpr size_t kLoadChunkBytes = 1 << 20;
 
 std::vector<String> ColumnNames(const TablePlan& t) {
     std::vector<String> names;
@@ -154,7 +158,11 @@ bool RowReader::Next() {
 }
 
 std::unique_ptr<RowWriter> MakeWriter(ado::Connection& c, Engine target, const TablePlan& t, size_t batchBytes) {
-    if (target == Engine::MySql) return std::make_unique<MySqlBatchWriter>(c, t, batchBytes);
+    if (target == Engine::MySql) {
+        // A server that refuses client-fed loads gets INSERTs of many rows.
+        if (TakesBulkLoads(c)) return MakeLoadWriter(c, t, kLoadChunkBytes);
+        return std::make_unique<MySqlBatchWriter>(c, t, batchBytes);
+    }
     // Access takes many rows a statement (its provider writes them in one
     // batch); SQL Server's driver binds at most 2100 parameters.
     size_t perRow = std::max<size_t>(t.columns.size(), 1);
