@@ -124,10 +124,22 @@ private:
     int64_t written_ = 0;
 };
 
+// The reader holds a decimal of up to 28 digits; a MariaDB decimal column
+// of more is read as its text, which carries every digit.
+bool ReadAsText(Engine e, const ColumnPlan& c) {
+    return e == Engine::MySql && c.kind == Kind::Decimal && c.precision > 28;
+}
+
 } // namespace
 
 String SelectSql(Engine e, const TablePlan& t, const KeyRange& range) {
-    String sql = u"SELECT " + QuoteList(e, ColumnNames(t)) + u" FROM " + QuoteName(e, t.name);
+    String columns;
+    for (const auto& c : t.columns) {
+        if (!columns.empty()) columns += u", ";
+        String name = QuoteName(e, c.name);
+        columns += ReadAsText(e, c) ? u"CAST(" + name + u" AS CHAR) AS " + name : name;
+    }
+    String sql = u"SELECT " + columns + u" FROM " + QuoteName(e, t.name);
     if (!range.IsWhole() && !t.keyColumns.empty()) {
         const String& key = t.keyColumns.front();
         Kind k = KindOfColumn(t, key);

@@ -5,6 +5,7 @@
 
 #include "transfer/type_map.hpp"
 #include "zolsdk/platform/datetime.hpp"
+#include "zolsdk/platform/error.hpp"
 
 namespace zolsdk::transfer {
 
@@ -214,7 +215,13 @@ void Normalise(Kind k, const Variant& v, std::string& out) {
         // Every integer, decimal and currency by its exact decimal value.
         Decimal d;
         if (v.IsString()) {
-            if (!Decimal::TryParse(v.ToString(), u'.', d)) {
+            bool parsed = false;
+            try {
+                parsed = Decimal::TryParse(v.ToString(), u'.', d);
+            } catch (const DbError&) {
+                // More digits than a Decimal holds: compared as its text.
+            }
+            if (!parsed) {
                 out += 's' + ToUtf8(v.ToString());
                 return;
             }
