@@ -12,7 +12,6 @@ import io.github.spannm.jackcess.Relationship;
 import io.github.spannm.jackcess.Table;
 import io.github.spannm.jackcess.query.Query;
 
-import java.io.DataInputStream;
 import java.io.File;
 import java.io.IOException;
 import java.math.BigDecimal;
@@ -953,12 +952,59 @@ public final class JetBridge {
             }
         }
 
-        static DataInputStream input(byte[] bytes) {
-            return new DataInputStream(new java.io.ByteArrayInputStream(bytes));
+        /** Reads what the native side wrote, big-endian, without the per-byte locks of java.io. */
+        static final class In {
+            private final java.nio.ByteBuffer buf;
+
+            In(byte[] bytes) {
+                buf = java.nio.ByteBuffer.wrap(bytes);
+            }
+
+            byte readByte() throws IOException {
+                need(1);
+                return buf.get();
+            }
+
+            boolean readBoolean() throws IOException {
+                return readByte() != 0;
+            }
+
+            int readInt() throws IOException {
+                need(4);
+                return buf.getInt();
+            }
+
+            long readLong() throws IOException {
+                need(8);
+                return buf.getLong();
+            }
+
+            void readFully(byte[] b) throws IOException {
+                need(b.length);
+                buf.get(b);
+            }
+
+            String readString() throws IOException {
+                int n = readInt();
+                if (n < 0) throw new IOException("a negative text length");
+                need(2L * n);
+                char[] chars = new char[n];
+                buf.asCharBuffer().get(chars);
+                buf.position(buf.position() + 2 * n);
+                return new String(chars);
+            }
+
+            private void need(long n) throws IOException {
+                if (buf.remaining() < n) throw new java.io.EOFException("the values end early");
+            }
+        }
+
+        static In input(byte[] bytes) {
+            return new In(bytes);
         }
 
         /** One value as the file library takes it: LocalDateTime for dates, BigDecimal for decimals. */
-        static Object read(DataInputStream in) throws IOException, SQLException {
+        static Object read(In in) throws IOException, SQLException {
             byte tag = in.readByte();
             switch (tag) {
                 case 'N': in.readInt(); return null;
@@ -989,16 +1035,13 @@ public final class JetBridge {
             }
         }
 
-        private static String readString(DataInputStream in) throws IOException {
-            int n = in.readInt();
-            char[] chars = new char[n];
-            for (int i = 0; i < n; i++) chars[i] = in.readChar();
-            return new String(chars);
+        private static String readString(In in) throws IOException {
+            return in.readString();
         }
 
         /** Binds a Wire list (count, then values) to the statement's marks in order. */
         static void bind(PreparedStatement ps, byte[] params) throws Exception {
-            DataInputStream in = new DataInputStream(new java.io.ByteArrayInputStream(params));
+            In in = new In(params);
             int n = in.readInt();
             for (int i = 1; i <= n; i++) {
                 byte tag = in.readByte();
