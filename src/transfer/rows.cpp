@@ -4,12 +4,16 @@
 
 #include "platform/ado/rowset_feed.hpp"
 #include "transfer/identifiers.hpp"
+#include "transfer/load_writer.hpp"
 #include "transfer/type_map.hpp"
 #include "transfer/values.hpp"
 
 namespace zolsdk::transfer {
 
 namespace {
+
+// The bulk load's text goes to the loader in chunks of about this size.
+constexpr size_t kLoadChunkBytes = 1 << 20;
 
 std::vector<String> ColumnNames(const TablePlan& t) {
     std::vector<String> names;
@@ -120,10 +124,22 @@ private:
     int64_t written_ = 0;
 };
 
+// The reader holds a decimal of up to 28 digits; a MariaDB decimal column
+// of more is read as its text, which carries every digit.
+bool ReadAsText(Engine e, const ColumnPlan& c) {
+    return e == Engine::MySql && c.kind == Kind::Decimal && c.precision > 28;
+}
+
 } // namespace
 
 String SelectSql(Engine e, const TablePlan& t, const KeyRange& range) {
-    String sql = u"SELECT " + QuoteList(e, ColumnNames(t)) + u" FROM " + QuoteName(e, t.name);
+    String columns;
+    for (const auto& c : t.columns) {
+        if (!columns.empty()) columns += u", ";
+        String name = QuoteName(e, c.name);
+        columns += ReadAsText(e, c) ? u"CAST(" + name + u" AS CHAR) AS " + name : name;
+    }
+    String sql = u"SELECT " + columns + u" FROM " + QuoteName(e, t.name);
     if (!range.IsWhole() && !t.keyColumns.empty()) {
         const String& key = t.keyColumns.front();
         Kind k = KindOfColumn(t, key);
@@ -154,7 +170,11 @@ bool RowReader::Next() {
 }
 
 std::unique_ptr<RowWriter> MakeWriter(ado::Connection& c, Engine target, const TablePlan& t, size_t batchBytes) {
-    if (target == Engine::MySql) return std::make_unique<MySqlBatchWriter>(c, t, batchBytes);
+    if (target == Engine::MySql) {
+        // A server that refuses client-fed loads gets INSERTs of many rows.
+        if (TakesBulkLoads(c)) return MakeLoadWriter(c, t, kLoadChunkBytes);
+        return std::make_unique<MySqlBatchWriter>(c, t, batchBytes);
+    }
     // Access takes many rows a statement (its provider writes them in one
     // batch); SQL Server's driver binds at most 2100 parameters.
     size_t perRow = std::max<size_t>(t.columns.size(), 1);

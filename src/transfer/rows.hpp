@@ -1,7 +1,8 @@
 #pragma once
 // Rows of one table streamed forward once from an engine, and written into
-// another by its fastest exact road available: multi-row INSERTs with
-// exact literals on MariaDB, bound INSERTs elsewhere.
+// another by its fastest exact road available: a
+// client-fed bulk load on MariaDB (INSERTs of many rows when the server
+// refuses those), bound INSERTs elsewhere.
 #include <memory>
 
 #include "transfer/endpoint.hpp"

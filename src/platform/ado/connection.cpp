@@ -275,6 +275,12 @@ Ref<Recordset> Connection::ExecuteWith(const String& commandText, const std::vec
     });
 }
 
+int64_t Connection::BulkLoad(const String& statement, const std::function<size_t(char*, size_t)>& feed) {
+    Backend& b = RequireOpen();
+    ForgetFinishedFetches();
+    return Guarded(errors_.get(), [&] { return b.BulkLoad(statement, feed); });
+}
+
 Ref<Recordset> Connection::OpenRecordset(const String& source, int32_t options) {
     Backend& b = RequireOpen();
     ForgetFinishedFetches();
