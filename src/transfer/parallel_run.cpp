@@ -17,6 +17,7 @@
 #include "transfer/ddl.hpp"
 #include "transfer/endpoint.hpp"
 #include "transfer/key_ranges.hpp"
+#include "transfer/late_indexes.hpp"
 #include "transfer/resume_state.hpp"
 #include "zolsdk/platform/error.hpp"
 
@@ -141,7 +142,7 @@ private:
             } else {
                 Options make = o_;
                 make.replace = o_.replace || earlier.created; // ours from an earlier run
-                w.made = CreateTable(plan_, t, make);
+                w.made = CreateForRows(plan_, t, make);
                 if (w.made.outcome != Outcome::Created) {
                     Finish(w, w.made, false);
                     return;
@@ -165,14 +166,17 @@ private:
             std::lock_guard lock(callback_);
             p_.tableStarted(t.name, w.rows);
         }
-        std::lock_guard lock(mutex_);
+        std::unique_lock lock(mutex_);
         for (size_t i = 0; i < w.ranges.size(); ++i)
             if (!w.done[i]) {
                 ranges_.push_back({index, i});
                 ++w.pending;
             }
-        if (w.pending == 0) Complete(w);
         wake_.notify_all();
+        if (w.pending == 0) {
+            lock.unlock();
+            Arrived(w);
+        }
     }
 
     // Counts a freshly made table's rows and cuts it when it is large and keyed.
@@ -230,9 +234,22 @@ private:
         }
         if (r.outcome == Outcome::Verified && state_ && w.split)
             state_->RangeVerified(t.name, static_cast<int32_t>(task.range), r.rowsWritten);
-        std::lock_guard lock(mutex_);
+        std::unique_lock lock(mutex_);
         w.done[task.range] = std::move(r);
-        if (--w.pending == 0) Complete(w);
+        if (--w.pending != 0) return;
+        lock.unlock();
+        Arrived(w);
+    }
+
+    // Every range has an end: the indexes left for after the rows are
+    // built (without holding up the other workers), then the table's result.
+    void Arrived(TableWork& w) {
+        bool allIn = true;
+        for (const auto& d : w.done)
+            allIn = allIn && (d->outcome == Outcome::Verified || d->outcome == Outcome::Created);
+        String failure = allIn ? AddLateIndexes(plan_, *w.plan, o_) : String();
+        std::lock_guard lock(mutex_);
+        Complete(w, failure);
     }
 
     void Rows(TableWork& w, size_t range, int64_t rows) {
@@ -244,8 +261,9 @@ private:
         o_.progress({w.plan->name, total});
     }
 
-    // Every range has an end: the table's result. Called with mutex_ held.
-    void Complete(TableWork& w) {
+    // The table's result from its ranges' (and `failure`, of its indexes).
+    // Called with mutex_ held.
+    void Complete(TableWork& w, const String& failure) {
         TableResult r = w.made;
         r.rowsRead = r.rowsWritten = 0;
         bool verified = true, failed = false, counted = false;
@@ -259,6 +277,11 @@ private:
             if (d->outcome == Outcome::Failed || d->outcome == Outcome::Cancelled) failed = true;
             if (r.failure.empty() && !d->failure.empty()) r.failure = d->failure;
             if (r.verification.firstDifference.empty()) r.verification.firstDifference = d->verification.firstDifference;
+        }
+        if (!failure.empty()) {
+            verified = false;
+            failed = true;
+            r.failure = failure;
         }
         r.verification.done = verified;
         r.verification.equal = verified;
