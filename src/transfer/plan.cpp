@@ -4,6 +4,7 @@
 #include "transfer/ddl.hpp"
 #include "transfer/defaults.hpp"
 #include "transfer/endpoint.hpp"
+#include "transfer/identifiers.hpp"
 #include "transfer/schema_read.hpp"
 #include "transfer/type_map.hpp"
 #include "zolsdk/platform/error.hpp"
@@ -94,6 +95,37 @@ void PlanColumns(Engine source, Engine target, TablePlan& t) {
     }
 }
 
+// MariaDB holds dates no other engine has ('0000-00-00', a zero month or
+// day); they are read as Null. How many each column holds is asked before
+// a row moves, and a column that holds any takes Null on the target.
+void PlanZeroDates(Engine source, Engine target, ado::Connection* c, TablePlan& t) {
+    if (source != Engine::MySql || (target != Engine::Access && target != Engine::SqlServer) || !c) return;
+    std::vector<ColumnPlan*> dates;
+    String sql;
+    for (auto& col : t.columns) {
+        if (col.kind != Kind::Date && col.kind != Kind::DateTime) continue;
+        String q = QuoteName(Engine::MySql, col.name);
+        sql += String(sql.empty() ? u"SELECT " : u", ") + u"COALESCE(SUM(MONTH(" + q + u") = 0 OR DAYOFMONTH(" + q + u") = 0), 0)";
+        dates.push_back(&col);
+    }
+    if (dates.empty()) return;
+    int32_t n = 0;
+    Ref<ado::Recordset> rs = c->Execute(sql + u" FROM " + QuoteName(Engine::MySql, t.name), n);
+    if (!rs || rs->State() == ado::adStateClosed || rs->Eof()) return;
+    for (size_t i = 0; i < dates.size(); ++i) {
+        int64_t zeros = static_cast<int64_t>(rs->Fields().Item(static_cast<int32_t>(i)).Value().ToDouble());
+        if (zeros <= 0) continue;
+        ColumnPlan& col = *dates[i];
+        String what = col.name + u": " + IntText(zeros) + (zeros == 1 ? u" zero date arrives" : u" zero dates arrive") +
+                      u" as Null ('0000-00-00' or a zero month or day: a date no other engine holds)";
+        if (!col.nullable) {
+            col.nullable = true;
+            what += u"; the column takes Null";
+        }
+        t.changes.push_back(what);
+    }
+}
+
 void PlanTableOptions(Engine source, Engine target, TablePlan& t) {
     if (target == Engine::Xml) return; // kept in the file for a later MariaDB target
     if (target != Engine::MySql) {
@@ -157,6 +189,7 @@ Plan MakePlan(const String& fromAttributes, const String& toAttributes, const Op
     for (const String& name : names) {
         TablePlan t = ReadTable(src, conn.get(), name);
         PlanColumns(src.engine, dst.engine, t);
+        PlanZeroDates(src.engine, dst.engine, conn.get(), t);
         PlanTableOptions(src.engine, dst.engine, t);
         FitIndexes(dst.engine, t);
         PlanForeignKeys(dst.engine, t);

@@ -230,6 +230,8 @@ public final class JetBridge {
         }
         st.keeper = DriverManager.getConnection(url(st.key), "", password);
         st.stale = false;
+        // The mirror is made: the file's own column properties hold again.
+        FileOpener.restoreProperties(((net.ucanaccess.jdbc.UcanaccessConnection) st.keeper).getDbIO());
     }
 
     private static void scheduleIdleCheck(FileState st) {
@@ -470,13 +472,14 @@ public final class JetBridge {
         }
 
         /**
-         * A primary key made in the file with the name it is given (the
-         * driver would name every primary key "PrimaryKey").
+         * A primary key made in the file with the name and the column
+         * directions it is given (the driver would name every primary key
+         * "PrimaryKey" and make every column ascending).
          */
-        public void createPrimaryKey(String table, String name, String[] columns) throws Exception {
+        public void createPrimaryKey(String table, String name, String[] columns, boolean[] ascending) throws Exception {
             Table t = table(table);
             IndexBuilder b = new IndexBuilder(name).withPrimaryKey();
-            for (String c : columns) b.withColumns(column(t, c).getName());
+            for (int i = 0; i < columns.length; i++) b.withColumns(ascending[i], column(t, columns[i]).getName());
             b.addToTable(t);
             changed();
         }
