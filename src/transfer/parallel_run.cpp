@@ -17,7 +17,7 @@
 #include "transfer/ddl.hpp"
 #include "transfer/endpoint.hpp"
 #include "transfer/key_ranges.hpp"
-#include "transfer/late_indexes.hpp"
+#include "transfer/run_steps.hpp"
 #include "transfer/resume_state.hpp"
 #include "zolsdk/platform/error.hpp"
 
@@ -59,9 +59,18 @@ public:
     }
 
     Report Run(int32_t jobs) {
-        std::vector<std::thread> workers;
+        // Each worker has a verifier behind it: a range's target is read
+        // again while the worker copies the next one.
+        std::vector<std::thread> workers, verifiers;
         for (int32_t i = 0; i < jobs; ++i) workers.emplace_back([this] { Work(); });
+        for (int32_t i = 0; i < jobs; ++i) verifiers.emplace_back([this] { VerifyWork(); });
         for (auto& w : workers) w.join();
+        {
+            std::lock_guard lock(mutex_);
+            workersDone_ = true;
+        }
+        wake_.notify_all();
+        for (auto& v : verifiers) v.join();
         for (TableWork& t : tables_) report_.tables.push_back(std::move(t.made));
         return std::move(report_);
     }
@@ -70,6 +79,12 @@ private:
     struct Task {
         size_t table;
         size_t range;
+    };
+    // A range copied, waiting for its verification.
+    struct Check {
+        Task task;
+        TableResult result;
+        TableSum sent;
     };
 
     bool Cancelled() const { return o_.cancel && o_.cancel->load(); }
@@ -230,10 +245,39 @@ private:
                     r.failure = u"the rows of an earlier try could not be cleared: " + Describe(e);
                 }
             }
-            if (cleared) r = CopyRows(plan_, t, o, range);
+            if (cleared) {
+                TableSum sent;
+                r = CopyUnverified(plan_, t, o, range, sent);
+                if (ToVerify(plan_, o_, r)) {
+                    // Verified by a verifier while this worker copies on.
+                    std::lock_guard lock(mutex_);
+                    checks_.push_back({task, std::move(r), sent});
+                    wake_.notify_all();
+                    return;
+                }
+            }
         }
+        RangeDone(task, std::move(r));
+    }
+
+    void VerifyWork() {
+        for (;;) {
+            std::unique_lock lock(mutex_);
+            wake_.wait(lock, [this] { return !checks_.empty() || workersDone_; });
+            if (checks_.empty()) return;
+            Check c = std::move(checks_.front());
+            checks_.pop_front();
+            lock.unlock();
+            TableWork& w = tables_[c.task.table];
+            VerifyCopy(plan_, *w.plan, o_, w.ranges[c.task.range], c.sent, c.result);
+            RangeDone(c.task, std::move(c.result));
+        }
+    }
+
+    void RangeDone(const Task& task, TableResult r) {
+        TableWork& w = tables_[task.table];
         if (r.outcome == Outcome::Verified && state_ && w.split)
-            state_->RangeVerified(t.name, static_cast<int32_t>(task.range), r.rowsWritten);
+            state_->RangeVerified(w.plan->name, static_cast<int32_t>(task.range), r.rowsWritten);
         std::unique_lock lock(mutex_);
         w.done[task.range] = std::move(r);
         if (--w.pending != 0) return;
@@ -339,6 +383,8 @@ private:
     std::condition_variable wake_;
     std::deque<size_t> waiting_;   // tables not yet prepared
     std::deque<Task> ranges_;      // ranges ready to copy
+    std::deque<Check> checks_;     // ranges copied, to verify
+    bool workersDone_ = false;     // no more ranges will be copied
     int preparing_ = 0;
 };
 
