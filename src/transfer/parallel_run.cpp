@@ -58,12 +58,15 @@ public:
         }
     }
 
-    Report Run(int32_t jobs) {
-        // Each worker has a verifier behind it: a range's target is read
-        // again while the worker copies the next one.
+    // With `oneAtATime` (an engine that takes one connection at work at a
+    // time) a worker verifies what it copied itself, before copying on.
+    Report Run(int32_t jobs, bool oneAtATime) {
+        // Otherwise each worker has a verifier behind it: a range's target
+        // is read again while the worker copies the next one.
+        verifyInline_ = oneAtATime;
         std::vector<std::thread> workers, verifiers;
         for (int32_t i = 0; i < jobs; ++i) workers.emplace_back([this] { Work(); });
-        for (int32_t i = 0; i < jobs; ++i) verifiers.emplace_back([this] { VerifyWork(); });
+        for (int32_t i = 0; i < (oneAtATime ? 0 : jobs); ++i) verifiers.emplace_back([this] { VerifyWork(); });
         for (auto& w : workers) w.join();
         {
             std::lock_guard lock(mutex_);
@@ -248,13 +251,14 @@ private:
             if (cleared) {
                 TableSum sent;
                 r = CopyUnverified(plan_, t, o, range, sent);
-                if (ToVerify(plan_, o_, r)) {
+                if (ToVerify(plan_, o_, r) && !verifyInline_) {
                     // Verified by a verifier while this worker copies on.
                     std::lock_guard lock(mutex_);
                     checks_.push_back({task, std::move(r), sent});
                     wake_.notify_all();
                     return;
                 }
+                if (ToVerify(plan_, o_, r)) VerifyCopy(plan_, t, o_, range, sent, r);
             }
         }
         RangeDone(task, std::move(r));
@@ -385,14 +389,15 @@ private:
     std::deque<Task> ranges_;      // ranges ready to copy
     std::deque<Check> checks_;     // ranges copied, to verify
     bool workersDone_ = false;     // no more ranges will be copied
+    bool verifyInline_ = false;    // workers verify their own copies
     int preparing_ = 0;
 };
 
 // Providers that write one file take one writer at a time.
-int32_t WorkersFor(const Plan& plan, int32_t jobs) {
+bool OneAtATime(const Plan& plan) {
     for (Engine e : {plan.source, plan.target})
-        if (e == Engine::Access || e == Engine::Xml) return 1;
-    return std::max<int32_t>(1, jobs);
+        if (e == Engine::Access || e == Engine::Xml) return true;
+    return false;
 }
 
 } // namespace
@@ -411,7 +416,8 @@ Report RunParallel(const Plan& plan, const Options& options, const ParallelOptio
     std::optional<ResumeState> state;
     if (!parallel.stateFile.empty()) state.emplace(parallel.stateFile, plan, parallel.resume);
     Scheduler scheduler(plan, options, parallel, state ? &*state : nullptr);
-    Report report = scheduler.Run(WorkersFor(plan, parallel.jobs));
+    bool one = OneAtATime(plan);
+    Report report = scheduler.Run(one ? 1 : std::max<int32_t>(1, parallel.jobs), one);
 
     bool allArrived = true;
     for (const TableResult& r : report.tables) allArrived = allArrived && r.Ok();
