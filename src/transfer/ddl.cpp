@@ -137,7 +137,27 @@ void FitIndexes(Engine target, TablePlan& t) {
     }
 }
 
-std::vector<String> CreateTableSql(Engine e, const TablePlan& t) {
+bool IndexAfterRows(Engine e, const TablePlan& t, const IndexPlan& x) {
+    if (e != Engine::MySql || x.primaryKey || x.fullText || x.spatial || x.columns.empty()) return false;
+    const ColumnPlan* lead = ColumnNamed(t, x.columns.front().name);
+    return !(lead && lead->autoIncrement);
+}
+
+String AddIndexesSql(Engine e, const TablePlan& t, const std::vector<String>& existing) {
+    String adds;
+    for (const auto& x : t.indexes) {
+        if (!IndexAfterRows(e, t, x)) continue;
+        String name = FitName(x.name);
+        bool there = false;
+        for (const String& n : existing) there = there || EqualsNoCase(n, name);
+        if (there) continue;
+        adds += (adds.empty() ? u" ADD " : u", ADD ") + String(x.unique ? u"UNIQUE KEY " : u"KEY ") +
+                QuoteName(e, name) + u" (" + IndexColumnsSql(e, x) + u")";
+    }
+    return adds.empty() ? adds : u"ALTER TABLE " + QuoteName(e, t.name) + adds;
+}
+
+std::vector<String> CreateTableSql(Engine e, const TablePlan& t, bool indexesLater) {
     std::vector<String> out;
     String sql = u"CREATE TABLE " + QuoteName(e, t.name) + u" (";
     bool first = true;
@@ -154,7 +174,7 @@ std::vector<String> CreateTableSql(Engine e, const TablePlan& t) {
             else
                 sql += u", CONSTRAINT " + QuoteName(e, FitName(e == Engine::SqlServer ? u"PK_" + t.name : x.name)) +
                        u" PRIMARY KEY (" + IndexColumnsSql(e, x) + u")";
-        } else if (e == Engine::MySql) {
+        } else if (e == Engine::MySql && !(indexesLater && IndexAfterRows(e, t, x))) {
             String kind = x.fullText ? u"FULLTEXT KEY " : x.spatial ? u"SPATIAL KEY " : x.unique ? u"UNIQUE KEY " : u"KEY ";
             sql += u", " + kind + QuoteName(e, FitName(x.name)) + u" (" + IndexColumnsSql(e, x) + u")";
         }

@@ -57,6 +57,13 @@ void MatchKeyTypes(Engine target, Plan& plan) {
     }
 }
 
+// "datetime(3)", "time(6)", "timestamp(2)": a type that holds parts of a second.
+bool HoldsFractions(StringView native) {
+    auto open = native.find(u'(');
+    return open != StringView::npos && open + 1 < native.size() && native[open + 1] >= u'1' &&
+           native[open + 1] <= u'9';
+}
+
 void PlanColumns(Engine source, Engine target, TablePlan& t) {
     bool sameMySql = source == Engine::MySql && target == Engine::MySql;
     for (auto& c : t.columns) {
@@ -65,6 +72,10 @@ void PlanColumns(Engine source, Engine target, TablePlan& t) {
         // character set and ON UPDATE.
         bool native = target == Engine::MySql && (source == Engine::MySql || source == Engine::Xml) &&
                       !c.sourceNative.empty();
+        // Dates are carried to the second.
+        if (target != Engine::Xml && (c.kind == Kind::DateTime || c.kind == Kind::Time) &&
+            HoldsFractions(c.sourceNative))
+            t.changes.push_back(c.name + u": fractions of a second are dropped (dates are carried to the second)");
         if (native) {
             c.targetType = c.sourceNative;
         } else {

@@ -20,8 +20,12 @@ public:
     bool Next();
     const std::vector<Variant>& Row() const { return row_; }
 
+    ~RowReader();
+
 private:
-    Ref<ado::Recordset> rs_;
+    class Prefetch;
+    Ref<ado::Recordset> rs_;          // the rowset road (Access)
+    std::unique_ptr<Prefetch> ahead_; // the row stream road (servers)
     std::vector<Variant> row_;
     bool started_ = false;
 };

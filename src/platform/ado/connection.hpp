@@ -159,6 +159,17 @@ public:
     // common rules (CountParameterMarks) while closed.
     int32_t ParameterMarks(StringView sql) const;
 
+    // The rows of a statement one at a time, read forward once without a
+    // rowset, for a caller that looks at each row once. The store's
+    // failures are raised as by Execute, from Next as well.
+    class RowStream {
+    public:
+        virtual ~RowStream() = default;
+        // The next row into `row` (one value a column); false at the end.
+        virtual bool Next(std::vector<Variant>& row) = 0;
+    };
+    std::unique_ptr<RowStream> OpenRowStream(const String& statement);
+
     // Runs a bulk-load statement whose rows the client sends (on MySQL-family
     // servers "LOAD DATA LOCAL INFILE ..."): `feed` fills the buffer it is
     // given and answers how many bytes it put there, 0 at the end. A warning
