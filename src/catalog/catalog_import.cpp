@@ -25,12 +25,25 @@ String RowRecord(const Ref<DbDataRow>& row, const String& mark) { return row->Ge
 void WriteRows(ImportWriter& w, const String& table, const Ref<DbDataSet>& ds, const ImportWriter::RowText& text,
                const DbCatalog::ImportProgress& progress, int32_t every, RoutineMark& zol_mark_) {
     ZOL_LN; ImportWriter::Way way = w.ChooseWay(ds->Rows()->Mode());
+    w.TrackLines(&zol_mark_);
     int64_t done = 0;
-    for (auto row : ds->Rows()) {
-        ZOL_LN; w.Write(way, row, text);
-        if (progress && ++done % every == 0) progress(table, done);
+    try {
+        for (auto row : ds->Rows()) {
+            ZOL_LN; w.Write(way, row, text);
+            if (progress && ++done % every == 0) {
+                // The client's callback may use the target catalog: no batch
+                // is in flight while it runs.
+                w.Settle();
+                progress(table, done);
+            }
+        }
+        ZOL_LN; w.Flush();
+        w.Settle();
+    } catch (...) {
+        // A batch sent before this failure failed first.
+        w.Settle();
+        throw;
     }
-    ZOL_LN; w.Flush();
     if (progress) progress(table, done);
 }
 

@@ -1,6 +1,7 @@
 #include "catalog/import_writer.hpp"
 
 #include <cstdio>
+#include <utility>
 
 #include "support/replace_text.hpp"
 
@@ -21,6 +22,12 @@ ImportWriter::ImportWriter(Ref<IDBSession> session, String table)
     : session_(std::move(session)), table_(std::move(table)), parameters_(Ref<Collection>::New()),
       rowMark_(RowMark()) {
     builder_ = session_->DbSqlBuilder();
+}
+
+ImportWriter::~ImportWriter() {
+    // A failure of the caller's own ends the import; the batch in flight is
+    // waited for, so that nothing runs on the session after the import ends.
+    if (sender_.joinable()) sender_.join();
 }
 
 void ImportWriter::AddColumn(int32_t group, const String& name, const String& parameterName) {
@@ -105,6 +112,7 @@ void ImportWriter::Write(Way way, const Ref<DbDataRow>& row, const RowText& text
             ++batchRows_;
             batchBytes_ = bytes;
         } else {
+            Settle(); // statements reach the engine in the order of the rows
             InsertBound(row, text);
             batchRows_ = 0;
             batchBytes_ = 0;
@@ -116,11 +124,29 @@ void ImportWriter::Write(Way way, const Ref<DbDataRow>& row, const RowText& text
 
 void ImportWriter::Flush() {
     if (batchRows_ <= 0) return;
-    String sql = builder_->BulkInsertSql(table_, columnSet_, batch_.ToString(), u"=");
-    session_->ExecuteNoQuery(sql);
+    String rows = batch_.ToString();
     batchRows_ = 0;
     batchBytes_ = 0;
     batch_.Length(0);
+    // One batch at a time: the one before must have gone in first.
+    Settle();
+    sentLine_ = mark_ ? mark_->line : 0;
+    // The engine works on this batch while the caller renders the next one.
+    sender_ = std::thread([this, rows = std::move(rows)] {
+        try {
+            session_->ExecuteNoQuery(builder_->BulkInsertSql(table_, columnSet_, rows, u"="));
+        } catch (...) {
+            sendFailure_ = std::current_exception();
+        }
+    });
+}
+
+void ImportWriter::Settle() {
+    if (sender_.joinable()) sender_.join();
+    if (!sendFailure_) return;
+    std::exception_ptr failure = std::exchange(sendFailure_, nullptr);
+    if (mark_) mark_->line = sentLine_;
+    std::rethrow_exception(failure);
 }
 
 } // namespace zolsdk

@@ -2,12 +2,15 @@
 // The writing side of a data import: the typed column set, one parameter
 // per large-value column, and the three ways a row reaches the engine
 // (batched multi-row text, row by row as text, bound parameters).
+#include <exception>
 #include <functional>
+#include <thread>
 
 #include "support/string_builder.hpp"
 #include "zolsdk/data/data_row.hpp"
 #include "zolsdk/dialects/sql_builder.hpp"
 #include "platform/ado/connection.hpp"
+#include "platform/failure_chain.hpp"
 #include "zolsdk/platform/collection.hpp"
 #include "zolsdk/sessions/session.hpp"
 
@@ -23,6 +26,9 @@ public:
     using RowText = std::function<String(const Ref<DbDataRow>& row, const String& mark)>;
 
     ImportWriter(Ref<IDBSession> session, String table);
+    ~ImportWriter();
+    ImportWriter(const ImportWriter&) = delete;
+    ImportWriter& operator=(const ImportWriter&) = delete;
 
     // Adds a column to the column set; `parameterName` non-empty gives the
     // column a bound parameter of the type for its group (2 text, 10 bytes).
@@ -35,8 +41,15 @@ public:
 
     // Writes one row in the given way (Batched keeps it for the next flush).
     void Write(Way way, const Ref<DbDataRow>& row, const RowText& text);
-    // Sends what the batch holds.
+    // Sends what the batch holds. The statement is built and runs on a
+    // thread of its own while the caller reads the next rows; Settle waits
+    // for it.
     void Flush();
+    // Waits for the batch still being sent; its failure is raised here, with
+    // the line of `mark` the flush was called from, as if it had failed then.
+    void Settle();
+    // The caller's routine mark, whose line a late failure restores.
+    void TrackLines(RoutineMark* mark) { mark_ = mark; }
 
     // One statement for one row, text or bound, with a given builder call.
     void WriteBound(const Ref<DbDataRow>& row, const String& sql);
@@ -54,6 +67,11 @@ private:
     int32_t batchRows_ = 0;
     int32_t batchBytes_ = 0;
     const String rowMark_;
+    // The batch in flight, and how it ended.
+    std::thread sender_;
+    std::exception_ptr sendFailure_;
+    RoutineMark* mark_ = nullptr;
+    int sentLine_ = 0;
 
     void InsertBound(const Ref<DbDataRow>& row, const RowText& text);
 };

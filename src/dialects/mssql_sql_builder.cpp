@@ -115,17 +115,11 @@ String DbMsSqlSQLBuilder::BulkInsertSql(const String& psTableName, const String&
         if (psColumnSet.empty()) return {};
         ZOL_LN;
         const std::vector<TypedColumn> columns = ReadColumnSet(psColumnSet);
-        CStringBuilder sql;
-        sql.Append(u" INSERT INTO ").Append(Quoted(psTableName)).Append(u" (").Append(ColumnList(columns)).Append(u") ");
-        bool first = true;
+        String sql = u" INSERT INTO " + Quoted(psTableName) + u" (" + ColumnList(columns) + u") ";
         ZOL_LN;
-        for (const String& values : BulkRows(columns, psValue, psBlobValueSubstibute)) {
-            // No multi-row VALUES list here: the rows are joined as selects.
-            if (!first) sql.Append(u" UNION ALL ");
-            sql.Append(u" SELECT ").Append(values);
-            first = false;
-        }
-        return sql.ToString();
+        // No multi-row VALUES list here: the rows are joined as selects.
+        AppendBulkRows(sql, columns, psValue, psBlobValueSubstibute, u" SELECT ", u"", u" UNION ALL ");
+        return sql;
     }
     ZOL_RERAISE
 }

@@ -140,18 +140,17 @@ String DbMySqlSQLBuilder::BulkInsertSql(const String& psTableName, const String&
         if (psColumnSet.empty()) return {};
         ZOL_LN;
         const std::vector<TypedColumn> columns = ReadColumnSet(psColumnSet);
-        // The one statement that grows with the data.
-        CStringBuilder sql;
-        sql.Append(u" INSERT INTO ").Append(Quoted(psTableName)).Append(u" (").Append(ColumnList(columns));
-        sql.Append(u") VALUES ");
-        bool first = true;
+        // The one statement that grows with the data: made at its final size.
+        String sql;
+        sql.reserve(psValue.size() + psValue.size() / 4 + 256);
+        sql += u" INSERT INTO ";
+        sql += Quoted(psTableName);
+        sql += u" (";
+        sql += ColumnList(columns);
+        sql += u") VALUES ";
         ZOL_LN;
-        for (const String& values : BulkRows(columns, psValue, psBlobValueSubstibute)) {
-            if (!first) sql.Append(u",");
-            sql.Append(u" (").Append(values).Append(u")");
-            first = false;
-        }
-        return sql.ToString();
+        AppendBulkRows(sql, columns, psValue, psBlobValueSubstibute, u" (", u")", u",");
+        return sql;
     }
     ZOL_RERAISE
 }

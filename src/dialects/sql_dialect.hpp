@@ -141,6 +141,16 @@ protected:
     // mark, a mark that a value really held ("%3%B") put back first.
     std::vector<String> BulkRows(const std::vector<TypedColumn>& columns, const String& values,
                                  const String& substitute);
+    // The same rows appended to `out`, each as `before` literals `after`,
+    // with `between` between two rows: the text BulkRows would give, made
+    // without a text per value.
+    void AppendBulkRows(String& out, const std::vector<TypedColumn>& columns, const String& values,
+                        const String& substitute, StringView before, StringView after, StringView between);
+    // Appends the literal GetValue gives `value`, where it can be written
+    // without decoding (`plainNumbers`: the user's separators are the
+    // record's); false, with nothing appended, for the rest.
+    bool AppendDirectValue(String& out, StringView value, int32_t group, const String& substitute,
+                           bool plainNumbers) const;
     // name = value pairs of an UPDATE, joined by ",".
     String Assignments(const String& columnSet, const String& values, const String& substitute);
     // " `a` = 1 AND `b` IS NULL ": equality on attributes, with a blank in front.

@@ -49,9 +49,45 @@ String IndexColumnsSql(Engine e, const IndexPlan& x) {
     return s;
 }
 
+// InnoDB keeps a row within half a 16 KiB page; a VARCHAR of at most 255
+// bytes always stays in the row, longer texts and blobs may leave a
+// 20-byte pointer. A table whose full row may pass the limit is refused by
+// InnoDB's strict check even when its rows are small.
+constexpr int64_t kInnoDbRowBytes = 8126;
+
+int64_t InlineBytes(const ColumnPlan& c) {
+    switch (c.kind) {
+    case Kind::Text: {
+        int64_t bytes = int64_t{c.length > 0 ? c.length : 255} * 4; // utf8mb4
+        return bytes <= 255 ? bytes + 1 : 20;
+    }
+    case Kind::LongText: case Kind::LongBinary: return 20;
+    case Kind::Binary: return c.length > 0 && c.length <= 255 ? c.length + 1 : 20;
+    case Kind::Decimal: return c.precision / 2 + 1;
+    case Kind::Guid: return 39;
+    default: return 8;
+    }
+}
+
+bool TooWideForInnoDb(const TablePlan& t) {
+    int64_t bytes = 0;
+    for (const auto& c : t.columns) bytes += InlineBytes(c);
+    return bytes > kInnoDbRowBytes;
+}
+
+bool HasDescending(const IndexPlan& x) {
+    for (const auto& c : x.columns)
+        if (c.descending) return true;
+    return false;
+}
+
 } // namespace
 
 void FitIndexes(Engine target, TablePlan& t) {
+    if (target == Engine::MySql && TooWideForInnoDb(t))
+        t.changes.push_back(u"a full row may pass InnoDB's " + IntText(kInnoDbRowBytes) +
+                            u" bytes: the table is made without InnoDB's strict row-size check (a row that "
+                            u"does not fit fails when it is written)");
     std::vector<IndexPlan> kept;
     for (IndexPlan x : t.indexes) {
         bool keep = true;
@@ -86,16 +122,6 @@ void FitIndexes(Engine target, TablePlan& t) {
         }
         // Access names the key of a table PrimaryKey.
         if (keep && x.primaryKey && target == Engine::Access && x.name == u"PRIMARY") x.name = u"PrimaryKey";
-        if (keep && x.primaryKey && target == Engine::Access) {
-            for (auto& ic : x.columns)
-                if (ic.descending) {
-                    t.changes.push_back(u"primary key: made as a unique index named PrimaryKey with its "
-                                        u"descending columns (Access keys made by statement are ascending)");
-                    x.primaryKey = false;
-                    x.name = u"PrimaryKey";
-                    break;
-                }
-        }
         if (keep) kept.push_back(std::move(x));
     }
     t.indexes = std::move(kept);
@@ -111,7 +137,27 @@ void FitIndexes(Engine target, TablePlan& t) {
     }
 }
 
-std::vector<String> CreateTableSql(Engine e, const TablePlan& t) {
+bool IndexAfterRows(Engine e, const TablePlan& t, const IndexPlan& x) {
+    if (e != Engine::MySql || x.primaryKey || x.fullText || x.spatial || x.columns.empty()) return false;
+    const ColumnPlan* lead = ColumnNamed(t, x.columns.front().name);
+    return !(lead && lead->autoIncrement);
+}
+
+String AddIndexesSql(Engine e, const TablePlan& t, const std::vector<String>& existing) {
+    String adds;
+    for (const auto& x : t.indexes) {
+        if (!IndexAfterRows(e, t, x)) continue;
+        String name = FitName(x.name);
+        bool there = false;
+        for (const String& n : existing) there = there || EqualsNoCase(n, name);
+        if (there) continue;
+        adds += (adds.empty() ? u" ADD " : u", ADD ") + String(x.unique ? u"UNIQUE KEY " : u"KEY ") +
+                QuoteName(e, name) + u" (" + IndexColumnsSql(e, x) + u")";
+    }
+    return adds.empty() ? adds : u"ALTER TABLE " + QuoteName(e, t.name) + adds;
+}
+
+std::vector<String> CreateTableSql(Engine e, const TablePlan& t, bool indexesLater) {
     std::vector<String> out;
     String sql = u"CREATE TABLE " + QuoteName(e, t.name) + u" (";
     bool first = true;
@@ -123,19 +169,34 @@ std::vector<String> CreateTableSql(Engine e, const TablePlan& t) {
         if (x.primaryKey) {
             // The Access provider names every key PrimaryKey itself and wants
             // constraint names unique in the whole file: the key goes unnamed.
+            if (e == Engine::Access && HasDescending(x)) continue; // added below, in the file
             if (e == Engine::MySql || e == Engine::Access) sql += u", PRIMARY KEY (" + IndexColumnsSql(e, x) + u")";
             else
                 sql += u", CONSTRAINT " + QuoteName(e, FitName(e == Engine::SqlServer ? u"PK_" + t.name : x.name)) +
                        u" PRIMARY KEY (" + IndexColumnsSql(e, x) + u")";
-        } else if (e == Engine::MySql) {
+        } else if (e == Engine::MySql && !(indexesLater && IndexAfterRows(e, t, x))) {
             String kind = x.fullText ? u"FULLTEXT KEY " : x.spatial ? u"SPATIAL KEY " : x.unique ? u"UNIQUE KEY " : u"KEY ";
             sql += u", " + kind + QuoteName(e, FitName(x.name)) + u" (" + IndexColumnsSql(e, x) + u")";
         }
     }
     sql += u")";
     if (e == Engine::MySql && !t.tableOptions.empty()) sql += u" " + t.tableOptions;
-    out.push_back(sql);
+    if (e == Engine::MySql && TooWideForInnoDb(t)) {
+        // Made without the check that looks at the widest possible row: a
+        // row that does not fit still fails aloud when it is written.
+        out.push_back(u"SET SESSION innodb_strict_mode = OFF");
+        out.push_back(sql);
+        out.push_back(u"SET SESSION innodb_strict_mode = ON");
+    } else {
+        out.push_back(sql);
+    }
     if (e == Engine::Access) {
+        // A key with a descending column is made by the provider in the file
+        // itself: a key inside CREATE TABLE would be all ascending.
+        for (const auto& x : t.indexes)
+            if (x.primaryKey && HasDescending(x))
+                out.push_back(u"ALTER TABLE " + QuoteName(e, t.name) + u" ADD CONSTRAINT " + QuoteName(e, FitName(x.name)) +
+                              u" PRIMARY KEY (" + IndexColumnsSql(e, x) + u")");
         // The Access provider forgets NOT NULL on a column that has a
         // default: it is set again on its own.
         for (const auto& c : t.columns)

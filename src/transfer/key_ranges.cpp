@@ -29,6 +29,10 @@ int64_t Int64Of(const Variant& v) { return std::stoll(ToUtf8(v.ToString())); }
 } // namespace
 
 std::optional<Kind> RangeKeyKind(const Plan& plan, const TablePlan& t) {
+    // An Access file is read whole by the file library; a key range or a
+    // MIN/MAX would go through the driver, which first copies the whole file
+    // into memory.
+    if (plan.source == Engine::Access) return std::nullopt;
     if (t.keyColumns.empty()) return std::nullopt;
     const String& key = t.keyColumns.front();
     bool keyed = false;

@@ -17,6 +17,7 @@
 #include "transfer/ddl.hpp"
 #include "transfer/endpoint.hpp"
 #include "transfer/key_ranges.hpp"
+#include "transfer/run_steps.hpp"
 #include "transfer/resume_state.hpp"
 #include "zolsdk/platform/error.hpp"
 
@@ -57,10 +58,22 @@ public:
         }
     }
 
-    Report Run(int32_t jobs) {
-        std::vector<std::thread> workers;
+    // With `oneAtATime` (an engine that takes one connection at work at a
+    // time) a worker verifies what it copied itself, before copying on.
+    Report Run(int32_t jobs, bool oneAtATime) {
+        // Otherwise each worker has a verifier behind it: a range's target
+        // is read again while the worker copies the next one.
+        verifyInline_ = oneAtATime;
+        std::vector<std::thread> workers, verifiers;
         for (int32_t i = 0; i < jobs; ++i) workers.emplace_back([this] { Work(); });
+        for (int32_t i = 0; i < (oneAtATime ? 0 : jobs); ++i) verifiers.emplace_back([this] { VerifyWork(); });
         for (auto& w : workers) w.join();
+        {
+            std::lock_guard lock(mutex_);
+            workersDone_ = true;
+        }
+        wake_.notify_all();
+        for (auto& v : verifiers) v.join();
         for (TableWork& t : tables_) report_.tables.push_back(std::move(t.made));
         return std::move(report_);
     }
@@ -69,6 +82,12 @@ private:
     struct Task {
         size_t table;
         size_t range;
+    };
+    // A range copied, waiting for its verification.
+    struct Check {
+        Task task;
+        TableResult result;
+        TableSum sent;
     };
 
     bool Cancelled() const { return o_.cancel && o_.cancel->load(); }
@@ -141,7 +160,7 @@ private:
             } else {
                 Options make = o_;
                 make.replace = o_.replace || earlier.created; // ours from an earlier run
-                w.made = CreateTable(plan_, t, make);
+                w.made = CreateForRows(plan_, t, make);
                 if (w.made.outcome != Outcome::Created) {
                     Finish(w, w.made, false);
                     return;
@@ -165,14 +184,17 @@ private:
             std::lock_guard lock(callback_);
             p_.tableStarted(t.name, w.rows);
         }
-        std::lock_guard lock(mutex_);
+        std::unique_lock lock(mutex_);
         for (size_t i = 0; i < w.ranges.size(); ++i)
             if (!w.done[i]) {
                 ranges_.push_back({index, i});
                 ++w.pending;
             }
-        if (w.pending == 0) Complete(w);
         wake_.notify_all();
+        if (w.pending == 0) {
+            lock.unlock();
+            Arrived(w);
+        }
     }
 
     // Counts a freshly made table's rows and cuts it when it is large and keyed.
@@ -226,13 +248,56 @@ private:
                     r.failure = u"the rows of an earlier try could not be cleared: " + Describe(e);
                 }
             }
-            if (cleared) r = CopyRows(plan_, t, o, range);
+            if (cleared) {
+                TableSum sent;
+                r = CopyUnverified(plan_, t, o, range, sent);
+                if (ToVerify(plan_, o_, r) && !verifyInline_) {
+                    // Verified by a verifier while this worker copies on.
+                    std::lock_guard lock(mutex_);
+                    checks_.push_back({task, std::move(r), sent});
+                    wake_.notify_all();
+                    return;
+                }
+                if (ToVerify(plan_, o_, r)) VerifyCopy(plan_, t, o_, range, sent, r);
+            }
         }
+        RangeDone(task, std::move(r));
+    }
+
+    void VerifyWork() {
+        for (;;) {
+            std::unique_lock lock(mutex_);
+            wake_.wait(lock, [this] { return !checks_.empty() || workersDone_; });
+            if (checks_.empty()) return;
+            Check c = std::move(checks_.front());
+            checks_.pop_front();
+            lock.unlock();
+            TableWork& w = tables_[c.task.table];
+            VerifyCopy(plan_, *w.plan, o_, w.ranges[c.task.range], c.sent, c.result);
+            RangeDone(c.task, std::move(c.result));
+        }
+    }
+
+    void RangeDone(const Task& task, TableResult r) {
+        TableWork& w = tables_[task.table];
         if (r.outcome == Outcome::Verified && state_ && w.split)
-            state_->RangeVerified(t.name, static_cast<int32_t>(task.range), r.rowsWritten);
-        std::lock_guard lock(mutex_);
+            state_->RangeVerified(w.plan->name, static_cast<int32_t>(task.range), r.rowsWritten);
+        std::unique_lock lock(mutex_);
         w.done[task.range] = std::move(r);
-        if (--w.pending == 0) Complete(w);
+        if (--w.pending != 0) return;
+        lock.unlock();
+        Arrived(w);
+    }
+
+    // Every range has an end: the indexes left for after the rows are
+    // built (without holding up the other workers), then the table's result.
+    void Arrived(TableWork& w) {
+        bool allIn = true;
+        for (const auto& d : w.done)
+            allIn = allIn && (d->outcome == Outcome::Verified || d->outcome == Outcome::Created);
+        String failure = allIn ? AddLateIndexes(plan_, *w.plan, o_) : String();
+        std::lock_guard lock(mutex_);
+        Complete(w, failure);
     }
 
     void Rows(TableWork& w, size_t range, int64_t rows) {
@@ -244,8 +309,9 @@ private:
         o_.progress({w.plan->name, total});
     }
 
-    // Every range has an end: the table's result. Called with mutex_ held.
-    void Complete(TableWork& w) {
+    // The table's result from its ranges' (and `failure`, of its indexes).
+    // Called with mutex_ held.
+    void Complete(TableWork& w, const String& failure) {
         TableResult r = w.made;
         r.rowsRead = r.rowsWritten = 0;
         bool verified = true, failed = false, counted = false;
@@ -259,6 +325,11 @@ private:
             if (d->outcome == Outcome::Failed || d->outcome == Outcome::Cancelled) failed = true;
             if (r.failure.empty() && !d->failure.empty()) r.failure = d->failure;
             if (r.verification.firstDifference.empty()) r.verification.firstDifference = d->verification.firstDifference;
+        }
+        if (!failure.empty()) {
+            verified = false;
+            failed = true;
+            r.failure = failure;
         }
         r.verification.done = verified;
         r.verification.equal = verified;
@@ -316,14 +387,17 @@ private:
     std::condition_variable wake_;
     std::deque<size_t> waiting_;   // tables not yet prepared
     std::deque<Task> ranges_;      // ranges ready to copy
+    std::deque<Check> checks_;     // ranges copied, to verify
+    bool workersDone_ = false;     // no more ranges will be copied
+    bool verifyInline_ = false;    // workers verify their own copies
     int preparing_ = 0;
 };
 
 // Providers that write one file take one writer at a time.
-int32_t WorkersFor(const Plan& plan, int32_t jobs) {
+bool OneAtATime(const Plan& plan) {
     for (Engine e : {plan.source, plan.target})
-        if (e == Engine::Access || e == Engine::Xml) return 1;
-    return std::max<int32_t>(1, jobs);
+        if (e == Engine::Access || e == Engine::Xml) return true;
+    return false;
 }
 
 } // namespace
@@ -342,7 +416,8 @@ Report RunParallel(const Plan& plan, const Options& options, const ParallelOptio
     std::optional<ResumeState> state;
     if (!parallel.stateFile.empty()) state.emplace(parallel.stateFile, plan, parallel.resume);
     Scheduler scheduler(plan, options, parallel, state ? &*state : nullptr);
-    Report report = scheduler.Run(WorkersFor(plan, parallel.jobs));
+    bool one = OneAtATime(plan);
+    Report report = scheduler.Run(one ? 1 : std::max<int32_t>(1, parallel.jobs), one);
 
     bool allArrived = true;
     for (const TableResult& r : report.tables) allArrived = allArrived && r.Ok();

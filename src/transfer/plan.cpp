@@ -4,6 +4,7 @@
 #include "transfer/ddl.hpp"
 #include "transfer/defaults.hpp"
 #include "transfer/endpoint.hpp"
+#include "transfer/identifiers.hpp"
 #include "transfer/schema_read.hpp"
 #include "transfer/type_map.hpp"
 #include "zolsdk/platform/error.hpp"
@@ -56,6 +57,13 @@ void MatchKeyTypes(Engine target, Plan& plan) {
     }
 }
 
+// "datetime(3)", "time(6)", "timestamp(2)": a type that holds parts of a second.
+bool HoldsFractions(StringView native) {
+    auto open = native.find(u'(');
+    return open != StringView::npos && open + 1 < native.size() && native[open + 1] >= u'1' &&
+           native[open + 1] <= u'9';
+}
+
 void PlanColumns(Engine source, Engine target, TablePlan& t) {
     bool sameMySql = source == Engine::MySql && target == Engine::MySql;
     for (auto& c : t.columns) {
@@ -64,6 +72,10 @@ void PlanColumns(Engine source, Engine target, TablePlan& t) {
         // character set and ON UPDATE.
         bool native = target == Engine::MySql && (source == Engine::MySql || source == Engine::Xml) &&
                       !c.sourceNative.empty();
+        // Dates are carried to the second.
+        if (target != Engine::Xml && (c.kind == Kind::DateTime || c.kind == Kind::Time) &&
+            HoldsFractions(c.sourceNative))
+            t.changes.push_back(c.name + u": fractions of a second are dropped (dates are carried to the second)");
         if (native) {
             c.targetType = c.sourceNative;
         } else {
@@ -91,6 +103,37 @@ void PlanColumns(Engine source, Engine target, TablePlan& t) {
             }
             if (target == Engine::Access) c.targetDefault.reset();
         }
+    }
+}
+
+// MariaDB holds dates no other engine has ('0000-00-00', a zero month or
+// day); they are read as Null. How many each column holds is asked before
+// a row moves, and a column that holds any takes Null on the target.
+void PlanZeroDates(Engine source, Engine target, ado::Connection* c, TablePlan& t) {
+    if (source != Engine::MySql || (target != Engine::Access && target != Engine::SqlServer) || !c) return;
+    std::vector<ColumnPlan*> dates;
+    String sql;
+    for (auto& col : t.columns) {
+        if (col.kind != Kind::Date && col.kind != Kind::DateTime) continue;
+        String q = QuoteName(Engine::MySql, col.name);
+        sql += String(sql.empty() ? u"SELECT " : u", ") + u"COALESCE(SUM(MONTH(" + q + u") = 0 OR DAYOFMONTH(" + q + u") = 0), 0)";
+        dates.push_back(&col);
+    }
+    if (dates.empty()) return;
+    int32_t n = 0;
+    Ref<ado::Recordset> rs = c->Execute(sql + u" FROM " + QuoteName(Engine::MySql, t.name), n);
+    if (!rs || rs->State() == ado::adStateClosed || rs->Eof()) return;
+    for (size_t i = 0; i < dates.size(); ++i) {
+        int64_t zeros = static_cast<int64_t>(rs->Fields().Item(static_cast<int32_t>(i)).Value().ToDouble());
+        if (zeros <= 0) continue;
+        ColumnPlan& col = *dates[i];
+        String what = col.name + u": " + IntText(zeros) + (zeros == 1 ? u" zero date arrives" : u" zero dates arrive") +
+                      u" as Null ('0000-00-00' or a zero month or day: a date no other engine holds)";
+        if (!col.nullable) {
+            col.nullable = true;
+            what += u"; the column takes Null";
+        }
+        t.changes.push_back(what);
     }
 }
 
@@ -157,6 +200,7 @@ Plan MakePlan(const String& fromAttributes, const String& toAttributes, const Op
     for (const String& name : names) {
         TablePlan t = ReadTable(src, conn.get(), name);
         PlanColumns(src.engine, dst.engine, t);
+        PlanZeroDates(src.engine, dst.engine, conn.get(), t);
         PlanTableOptions(src.engine, dst.engine, t);
         FitIndexes(dst.engine, t);
         PlanForeignKeys(dst.engine, t);

@@ -1,15 +1,24 @@
 #include "transfer/rows.hpp"
 
 #include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <exception>
+#include <mutex>
+#include <thread>
 
 #include "platform/ado/rowset_feed.hpp"
 #include "transfer/identifiers.hpp"
+#include "transfer/load_writer.hpp"
 #include "transfer/type_map.hpp"
 #include "transfer/values.hpp"
 
 namespace zolsdk::transfer {
 
 namespace {
+
+// The bulk load's text goes to the loader in chunks of about this size.
+constexpr size_t kLoadChunkBytes = 1 << 20;
 
 std::vector<String> ColumnNames(const TablePlan& t) {
     std::vector<String> names;
@@ -120,10 +129,22 @@ private:
     int64_t written_ = 0;
 };
 
+// The reader holds a decimal of up to 28 digits; a MariaDB decimal column
+// of more is read as its text, which carries every digit.
+bool ReadAsText(Engine e, const ColumnPlan& c) {
+    return e == Engine::MySql && c.kind == Kind::Decimal && c.precision > 28;
+}
+
 } // namespace
 
 String SelectSql(Engine e, const TablePlan& t, const KeyRange& range) {
-    String sql = u"SELECT " + QuoteList(e, ColumnNames(t)) + u" FROM " + QuoteName(e, t.name);
+    String columns;
+    for (const auto& c : t.columns) {
+        if (!columns.empty()) columns += u", ";
+        String name = QuoteName(e, c.name);
+        columns += ReadAsText(e, c) ? u"CAST(" + name + u" AS CHAR) AS " + name : name;
+    }
+    String sql = u"SELECT " + columns + u" FROM " + QuoteName(e, t.name);
     if (!range.IsWhole() && !t.keyColumns.empty()) {
         const String& key = t.keyColumns.front();
         Kind k = KindOfColumn(t, key);
@@ -136,7 +157,90 @@ String SelectSql(Engine e, const TablePlan& t, const KeyRange& range) {
     return sql;
 }
 
+// A server's rows read by a thread of their own in batches, a few batches
+// ahead of the caller, so that reading and what the caller does with the
+// rows overlap.
+class RowReader::Prefetch {
+public:
+    explicit Prefetch(std::unique_ptr<ado::Connection::RowStream> stream) : stream_(std::move(stream)) {
+        thread_ = std::thread([this] { Run(); });
+    }
+    ~Prefetch() {
+        {
+            std::lock_guard g(lock_);
+            stop_ = true;
+        }
+        moved_.notify_all();
+        thread_.join();
+    }
+    // The next row, or false at the end; raises the read's failure.
+    bool Next(std::vector<Variant>& row) {
+        if (at_ == batch_.size()) {
+            std::unique_lock g(lock_);
+            moved_.wait(g, [this] { return !ready_.empty() || ended_; });
+            if (ready_.empty()) {
+                if (failure_) std::rethrow_exception(failure_);
+                return false;
+            }
+            batch_ = std::move(ready_.front());
+            ready_.pop_front();
+            at_ = 0;
+            g.unlock();
+            moved_.notify_all();
+        }
+        row.swap(batch_[at_++]);
+        return true;
+    }
+
+private:
+    static constexpr size_t kRows = 512, kBatches = 8;
+    std::unique_ptr<ado::Connection::RowStream> stream_;
+    std::thread thread_;
+    std::mutex lock_;
+    std::condition_variable moved_;
+    std::deque<std::vector<std::vector<Variant>>> ready_;
+    std::vector<std::vector<Variant>> batch_;
+    size_t at_ = 0;
+    bool stop_ = false, ended_ = false;
+    std::exception_ptr failure_;
+
+    void Run() {
+        try {
+            bool more = true;
+            while (more) {
+                std::vector<std::vector<Variant>> rows(kRows);
+                size_t n = 0;
+                while (n < kRows && (more = stream_->Next(rows[n]))) ++n;
+                rows.resize(n);
+                std::unique_lock g(lock_);
+                moved_.wait(g, [this] { return ready_.size() < kBatches || stop_; });
+                if (stop_) break;
+                if (n) ready_.push_back(std::move(rows));
+                g.unlock();
+                moved_.notify_all();
+            }
+        } catch (...) {
+            std::lock_guard g(lock_);
+            failure_ = std::current_exception();
+        }
+        // The stream ends here, on its own thread (a server statement still
+        // running is stopped).
+        stream_.reset();
+        {
+            std::lock_guard g(lock_);
+            ended_ = true;
+        }
+        moved_.notify_all();
+    }
+};
+
+RowReader::~RowReader() = default;
+
 RowReader::RowReader(ado::Connection& c, Engine e, const TablePlan& t, const KeyRange& range) {
+    if (e == Engine::MySql) {
+        ahead_ = std::make_unique<Prefetch>(c.OpenRowStream(SelectSql(e, t, range)));
+        return;
+    }
     rs_ = c.OpenRecordset(SelectSql(e, t, range), ado::adAsyncFetch);
     // Forward once: rows left behind are let go as the walk goes on.
     if (rs_->State() != ado::adStateClosed) ado::RowsetFeed::ReleasePassedRows(*rs_, true);
@@ -144,6 +248,7 @@ RowReader::RowReader(ado::Connection& c, Engine e, const TablePlan& t, const Key
 }
 
 bool RowReader::Next() {
+    if (ahead_) return ahead_->Next(row_);
     if (rs_->State() == ado::adStateClosed) return false;
     if (started_) rs_->MoveNext();
     started_ = true;
@@ -154,7 +259,11 @@ bool RowReader::Next() {
 }
 
 std::unique_ptr<RowWriter> MakeWriter(ado::Connection& c, Engine target, const TablePlan& t, size_t batchBytes) {
-    if (target == Engine::MySql) return std::make_unique<MySqlBatchWriter>(c, t, batchBytes);
+    if (target == Engine::MySql) {
+        // A server that refuses client-fed loads gets INSERTs of many rows.
+        if (TakesBulkLoads(c)) return MakeLoadWriter(c, t, kLoadChunkBytes);
+        return std::make_unique<MySqlBatchWriter>(c, t, batchBytes);
+    }
     // Access takes many rows a statement (its provider writes them in one
     // batch); SQL Server's driver binds at most 2100 parameters.
     size_t perRow = std::max<size_t>(t.columns.size(), 1);

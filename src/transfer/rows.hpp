@@ -1,7 +1,8 @@
 #pragma once
 // Rows of one table streamed forward once from an engine, and written into
-// another by its fastest exact road available: multi-row INSERTs with
-// exact literals on MariaDB, bound INSERTs elsewhere.
+// another by its fastest exact road available: a
+// client-fed bulk load on MariaDB (INSERTs of many rows when the server
+// refuses those), bound INSERTs elsewhere.
 #include <memory>
 
 #include "transfer/endpoint.hpp"
@@ -19,8 +20,12 @@ public:
     bool Next();
     const std::vector<Variant>& Row() const { return row_; }
 
+    ~RowReader();
+
 private:
-    Ref<ado::Recordset> rs_;
+    class Prefetch;
+    Ref<ado::Recordset> rs_;          // the rowset road (Access)
+    std::unique_ptr<Prefetch> ahead_; // the row stream road (servers)
     std::vector<Variant> row_;
     bool started_ = false;
 };

@@ -3,6 +3,8 @@
 
 #include "transfer/ddl.hpp"
 #include "transfer/endpoint.hpp"
+#include "transfer/identifiers.hpp"
+#include "transfer/run_steps.hpp"
 #include "transfer/rows.hpp"
 #include "transfer/verify.hpp"
 #include "transfer/xml_schema.hpp"
@@ -52,14 +54,14 @@ String DropFailed(ado::Connection& c, Engine e, const String& table) {
     }
 }
 
-void CreateOn(ado::Connection& c, Engine e, const TablePlan& t, const Options& o) {
+void CreateOn(ado::Connection& c, Engine e, const TablePlan& t, const Options& o, bool indexesLater) {
     if (TableExists(c, e, t.name)) {
         if (!o.replace)
             throw DbError(err::InvalidCall, u"zolsdk.transfer",
                           u"the table exists on the target already (replace drops and recreates it)");
         Run(c, DropTableSql(e, t.name));
     }
-    std::vector<String> sql = CreateTableSql(e, t);
+    std::vector<String> sql = CreateTableSql(e, t, indexesLater);
     try {
         for (const String& s : sql) Run(c, s);
     } catch (...) {
@@ -90,9 +92,7 @@ TableResult Result(const TablePlan& t) {
     return r;
 }
 
-} // namespace
-
-TableResult CreateTable(const Plan& plan, const TablePlan& t, const Options& o) {
+TableResult Create(const Plan& plan, const TablePlan& t, const Options& o, bool indexesLater) {
     TableResult r = Result(t);
     auto start = Clock::now();
     try {
@@ -101,7 +101,7 @@ TableResult CreateTable(const Plan& plan, const TablePlan& t, const Options& o) 
             CreateInXml(dst, t, o);
         } else {
             Ref<ado::Connection> c = Connect(dst, o.lockTimeoutSeconds);
-            CreateOn(*c, dst.engine, t, o);
+            CreateOn(*c, dst.engine, t, o, indexesLater);
             c->Close();
         }
         r.outcome = Outcome::Created;
@@ -113,7 +113,45 @@ TableResult CreateTable(const Plan& plan, const TablePlan& t, const Options& o) 
     return r;
 }
 
-Verification Verify(const Plan& plan, const TablePlan& t, const Options& o, const KeyRange& range) {
+} // namespace
+
+TableResult CreateTable(const Plan& plan, const TablePlan& t, const Options& o) { return Create(plan, t, o, false); }
+
+TableResult CreateForRows(const Plan& plan, const TablePlan& t, const Options& o) {
+    return Create(plan, t, o, !o.schemaOnly);
+}
+
+String AddLateIndexes(const Plan& plan, const TablePlan& t, const Options& o) {
+    try {
+        Endpoint dst = OpenEndpoint(plan.to);
+        bool any = false;
+        for (const IndexPlan& x : t.indexes) any = any || IndexAfterRows(dst.engine, t, x);
+        if (!any) return {};
+        Ref<ado::Connection> c = Connect(dst, o.lockTimeoutSeconds);
+        std::vector<String> existing;
+        int32_t n = 0;
+        Ref<ado::Recordset> rs = c->Execute(u"SHOW INDEX FROM " + QuoteName(dst.engine, t.name), n);
+        while (rs && rs->State() != ado::adStateClosed && !rs->Eof()) {
+            existing.push_back(rs->Value(u"Key_name").ToString());
+            rs->MoveNext();
+        }
+        String sql = AddIndexesSql(dst.engine, t, existing);
+        if (!sql.empty()) Run(*c, sql);
+        c->Close();
+        return {};
+    } catch (const std::exception& e) {
+        return u"indexes not added: " + Describe(e);
+    }
+}
+
+
+namespace {
+
+// Compares the source's rows with the target's by their sums; the source's
+// sum read now, or `known` (taken while the rows streamed for the copy).
+// The target is always read anew.
+Verification Compare(const Plan& plan, const TablePlan& t, const Options& o, const KeyRange& range,
+                     const TableSum* known) {
     Verification v;
     try {
         Endpoint src = OpenEndpoint(plan.from), dst = OpenEndpoint(plan.to);
@@ -121,8 +159,15 @@ Verification Verify(const Plan& plan, const TablePlan& t, const Options& o, cons
             v.failure = u"an XML catalog holds no rows to compare";
             return v;
         }
-        Ref<ado::Connection> sc = Connect(src, o.lockTimeoutSeconds), tc = Connect(dst, o.lockTimeoutSeconds);
-        TableSum a = Checksum(*sc, src.engine, t, range, o.cancel);
+        Ref<ado::Connection> tc = Connect(dst, o.lockTimeoutSeconds);
+        Ref<ado::Connection> sc;
+        TableSum a;
+        if (known) {
+            a = *known;
+        } else {
+            sc = Connect(src, o.lockTimeoutSeconds);
+            a = Checksum(*sc, src.engine, t, range, o.cancel);
+        }
         TableSum b = Checksum(*tc, dst.engine, t, range, o.cancel);
         if (Cancelled(o)) {
             v.failure = u"cancelled";
@@ -134,8 +179,11 @@ Verification Verify(const Plan& plan, const TablePlan& t, const Options& o, cons
         v.sourceSum = a.sum;
         v.targetSum = b.sum;
         v.equal = a.rows == b.rows && a.sum == b.sum;
-        if (!v.equal) v.firstDifference = FirstDifference(*sc, src.engine, *tc, dst.engine, t, range);
-        sc->Close();
+        if (!v.equal) {
+            if (!sc) sc = Connect(src, o.lockTimeoutSeconds);
+            v.firstDifference = FirstDifference(*sc, src.engine, *tc, dst.engine, t, range);
+        }
+        if (sc) sc->Close();
         tc->Close();
     } catch (const std::exception& e) {
         v.failure = Describe(e);
@@ -143,7 +191,14 @@ Verification Verify(const Plan& plan, const TablePlan& t, const Options& o, cons
     return v;
 }
 
-TableResult CopyRows(const Plan& plan, const TablePlan& t, const Options& o, const KeyRange& range) {
+} // namespace
+
+Verification Verify(const Plan& plan, const TablePlan& t, const Options& o, const KeyRange& range) {
+    return Compare(plan, t, o, range, nullptr);
+}
+
+TableResult CopyUnverified(const Plan& plan, const TablePlan& t, const Options& o, const KeyRange& range,
+                           TableSum& sent) {
     TableResult r = Result(t);
     auto start = Clock::now();
     try {
@@ -158,8 +213,11 @@ TableResult CopyRows(const Plan& plan, const TablePlan& t, const Options& o, con
         std::unique_ptr<RowWriter> writer = MakeWriter(*tc, dst.engine, t, o.batchBytes);
         int64_t read = 0, nextReport = o.progressEvery;
         bool stopped = false;
+        // The source's side of the verification is summed as its rows go by.
+        sent = {};
         while (reader.Next()) {
             writer->Add(reader.Row());
+            if (o.verify) sent.sum += RowHash(t, reader.Row());
             ++read;
             if (read >= nextReport) {
                 nextReport += o.progressEvery;
@@ -170,6 +228,7 @@ TableResult CopyRows(const Plan& plan, const TablePlan& t, const Options& o, con
                 }
             }
         }
+        sent.rows = read;
         r.rowsRead = read;
         r.rowsWritten = writer->Finish();
         writer.reset();
@@ -179,10 +238,6 @@ TableResult CopyRows(const Plan& plan, const TablePlan& t, const Options& o, con
         if (stopped) {
             r.outcome = Outcome::Cancelled;
             r.failure = u"cancelled";
-        } else if (o.verify) {
-            r.verification = Verify(plan, t, o, range);
-            r.outcome = r.verification.done && r.verification.equal ? Outcome::Verified : Outcome::Mismatch;
-            if (!r.verification.failure.empty()) r.failure = r.verification.failure;
         } else {
             r.outcome = r.rowsRead == r.rowsWritten ? Outcome::Created : Outcome::Mismatch;
         }
@@ -194,11 +249,40 @@ TableResult CopyRows(const Plan& plan, const TablePlan& t, const Options& o, con
     return r;
 }
 
+bool ToVerify(const Plan& plan, const Options& o, const TableResult& copied) {
+    // An XML catalog holds no rows: nothing was copied to be verified.
+    if (!o.verify || plan.source == Engine::Xml || plan.target == Engine::Xml) return false;
+    return copied.outcome == Outcome::Created || copied.outcome == Outcome::Mismatch;
+}
+
+void VerifyCopy(const Plan& plan, const TablePlan& t, const Options& o, const KeyRange& range, const TableSum& sent,
+                TableResult& r) {
+    auto start = Clock::now();
+    r.verification = Compare(plan, t, o, range, &sent);
+    r.outcome = r.verification.done && r.verification.equal ? Outcome::Verified : Outcome::Mismatch;
+    if (!r.verification.failure.empty()) r.failure = r.verification.failure;
+    r.seconds += Since(start);
+}
+
+TableResult CopyRows(const Plan& plan, const TablePlan& t, const Options& o, const KeyRange& range) {
+    TableSum sent;
+    TableResult r = CopyUnverified(plan, t, o, range, sent);
+    if (ToVerify(plan, o, r)) VerifyCopy(plan, t, o, range, sent, r);
+    return r;
+}
+
 TableResult CopyTable(const Plan& plan, const TablePlan& t, const Options& o) {
-    TableResult made = CreateTable(plan, t, o);
+    TableResult made = CreateForRows(plan, t, o);
     if (made.outcome != Outcome::Created || o.schemaOnly) return made;
     TableResult r = CopyRows(plan, t, o);
     r.seconds += made.seconds;
+    if (r.outcome == Outcome::Verified || r.outcome == Outcome::Created) {
+        String failure = AddLateIndexes(plan, t, o);
+        if (!failure.empty()) {
+            r.outcome = Outcome::Failed;
+            r.failure = failure;
+        }
+    }
     if (r.outcome == Outcome::Failed || r.outcome == Outcome::Cancelled) {
         if (o.keepFailed) {
             if (r.outcome == Outcome::Failed) r.outcome = Outcome::HalfMade;

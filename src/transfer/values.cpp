@@ -5,6 +5,7 @@
 
 #include "transfer/type_map.hpp"
 #include "zolsdk/platform/datetime.hpp"
+#include "zolsdk/platform/error.hpp"
 
 namespace zolsdk::transfer {
 
@@ -121,6 +122,60 @@ String Literal(Engine e, Kind k, const Variant& v) {
     }
 }
 
+namespace {
+
+void AppendEscaped(std::string_view text, std::string& out) {
+    for (char c : text) {
+        switch (c) {
+        case '\\': out += "\\\\"; break;
+        case '\t': out += "\\t"; break;
+        case '\n': out += "\\n"; break;
+        case '\0': out += "\\0"; break;
+        default: out += c;
+        }
+    }
+}
+
+} // namespace
+
+void AppendLoadText(Kind k, const Variant& v, std::string& out) {
+    if (v.IsNull() || v.IsEmpty()) {
+        out += "\\N";
+        return;
+    }
+    switch (k) {
+    case Kind::Binary: case Kind::LongBinary: {
+        static const char hex[] = "0123456789ABCDEF";
+        Bytes b = v.ToBytes();
+        size_t at = out.size();
+        out.resize(at + b.size() * 2);
+        for (uint8_t x : b) {
+            out[at++] = hex[x >> 4];
+            out[at++] = hex[x & 15];
+        }
+        return;
+    }
+    case Kind::Text: case Kind::LongText:
+        AppendEscaped(ToUtf8(v.ToString()), out);
+        return;
+    case Kind::Guid:
+        out += ToUtf8(GuidText(v));
+        return;
+    case Kind::Boolean:
+        if (v.IsString()) break;
+        out += v.ToBoolean() ? '1' : '0';
+        return;
+    case Kind::Date: case Kind::Time: case Kind::DateTime:
+        out += ToUtf8(DateForKind(k, v.ToDate()));
+        return;
+    default:
+        if (v.IsString()) break;
+        out += ToUtf8(ExactNumber(v));
+        return;
+    }
+    AppendEscaped(ToUtf8(v.ToString()), out);
+}
+
 void Normalise(Kind k, const Variant& v, std::string& out) {
     if (v.IsNull() || v.IsEmpty()) {
         out += "\x01N";
@@ -160,7 +215,13 @@ void Normalise(Kind k, const Variant& v, std::string& out) {
         // Every integer, decimal and currency by its exact decimal value.
         Decimal d;
         if (v.IsString()) {
-            if (!Decimal::TryParse(v.ToString(), u'.', d)) {
+            bool parsed = false;
+            try {
+                parsed = Decimal::TryParse(v.ToString(), u'.', d);
+            } catch (const DbError&) {
+                // More digits than a Decimal holds: compared as its text.
+            }
+            if (!parsed) {
                 out += 's' + ToUtf8(v.ToString());
                 return;
             }

@@ -15,6 +15,12 @@ String TextLiteral(Engine e, StringView text);
 // kind `k`. Numbers keep every digit, dates their seconds, bytes every byte.
 String Literal(Engine e, Kind k, const Variant& v);
 
+// Appends the value as one field of a bulk-load text (tab between fields,
+// a newline after the row): UTF-8 text with backslash, tab, newline and NUL
+// escaped, \N for Null, binary as hex digits (the load un-hexes them), the
+// rest as Literal writes them without quotes.
+void AppendLoadText(Kind k, const Variant& v, std::string& out);
+
 // Appends the normal form of `v` as a column of kind `k` holds it: numbers
 // by value, text by code points, dates to the second, binary by bytes.
 void Normalise(Kind k, const Variant& v, std::string& out);

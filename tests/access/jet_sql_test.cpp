@@ -152,10 +152,13 @@ TEST(JetSql, LiteralsAreCutAndRowStatementsRecognised) {
                                   u"SELECT COUNT(a) FROM t", u"SELECT DISTINCT a FROM t", u"SELECT * FROM t ORDER BY a"})
         EXPECT_EQ(PrepareJetStatement(other).kind, JetStatement::Kind::Plain) << N(other);
 
-    JetStatement pk = PrepareJetStatement(u" ALTER TABLE [t] ADD CONSTRAINT [idx_t] PRIMARY KEY ([a], [b]) ");
+    JetStatement pk = PrepareJetStatement(u" ALTER TABLE [t] ADD CONSTRAINT [idx_t] PRIMARY KEY ([a] DESC, [b] ASC, c) ");
     ASSERT_EQ(pk.kind, JetStatement::Kind::PrimaryKey);
     EXPECT_EQ(N(pk.name), "idx_t");
-    EXPECT_EQ(pk.columns.size(), 2u);
+    EXPECT_EQ(pk.columns.size(), 3u);
+    EXPECT_EQ(pk.ascending, (std::vector<bool>{false, true, true}));
+    EXPECT_EQ(PrepareJetStatement(u"ALTER TABLE t ADD CONSTRAINT k PRIMARY KEY (a DESC DESC)").kind,
+              JetStatement::Kind::Plain);
 
     DateParts d;
     ASSERT_TRUE(ParseJetDate(u" 2/29/2024 13:45:10 ", d));

@@ -68,6 +68,10 @@ public:
         int64_t affected = 0;
         return Execute(sql, {}, affected, timeout);
     }
+    // A bulk load fed by the client (Connection::BulkLoad); the rows taken.
+    virtual int64_t BulkLoad(const String&, const std::function<size_t(char*, size_t)>&) {
+        throw ProviderFailure({{0, u"HYC00", u"This provider takes no bulk load"}});
+    }
     virtual Ref<Recordset> OpenSchema(int32_t schema, const std::vector<Variant>& criteria) = 0;
     // The "?" marks of a statement as this store's SQL reads them (its
     // quotes, names and comments differ).

@@ -275,6 +275,41 @@ Ref<Recordset> Connection::ExecuteWith(const String& commandText, const std::vec
     });
 }
 
+namespace {
+
+class CursorStream final : public Connection::RowStream {
+public:
+    CursorStream(std::shared_ptr<Backend> backend, std::unique_ptr<Cursor> cursor, Ref<ado::Errors> errors)
+        : backend_(std::move(backend)), cursor_(std::move(cursor)), errors_(std::move(errors)) {}
+    bool Next(std::vector<Variant>& row) override {
+        if (!cursor_) return false;
+        return Guarded(errors_.get(), [&] { return cursor_->Fetch(row); });
+    }
+
+private:
+    std::shared_ptr<Backend> backend_; // outlives the cursor
+    std::unique_ptr<Cursor> cursor_;   // none for a statement without rows
+    Ref<ado::Errors> errors_;
+};
+
+} // namespace
+
+std::unique_ptr<Connection::RowStream> Connection::OpenRowStream(const String& statement) {
+    Backend& b = RequireOpen();
+    ForgetFinishedFetches();
+    return Guarded(errors_.get(), [&] {
+        int64_t affected = 0;
+        std::unique_ptr<Cursor> cursor = b.Execute(statement, {}, affected, commandTimeout_);
+        return std::make_unique<CursorStream>(backend_, std::move(cursor), errors_);
+    });
+}
+
+int64_t Connection::BulkLoad(const String& statement, const std::function<size_t(char*, size_t)>& feed) {
+    Backend& b = RequireOpen();
+    ForgetFinishedFetches();
+    return Guarded(errors_.get(), [&] { return b.BulkLoad(statement, feed); });
+}
+
 Ref<Recordset> Connection::OpenRecordset(const String& source, int32_t options) {
     Backend& b = RequireOpen();
     ForgetFinishedFetches();

@@ -9,6 +9,7 @@
 // (OpenRecordset with adAsyncExecute/adAsyncFetch): its rowset is fed by a
 // background fetch on the connection until the last row has been moved in.
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -157,6 +158,24 @@ public:
     // The "?" marks of a statement as the open store's SQL reads them; by the
     // common rules (CountParameterMarks) while closed.
     int32_t ParameterMarks(StringView sql) const;
+
+    // The rows of a statement one at a time, read forward once without a
+    // rowset, for a caller that looks at each row once. The store's
+    // failures are raised as by Execute, from Next as well.
+    class RowStream {
+    public:
+        virtual ~RowStream() = default;
+        // The next row into `row` (one value a column); false at the end.
+        virtual bool Next(std::vector<Variant>& row) = 0;
+    };
+    std::unique_ptr<RowStream> OpenRowStream(const String& statement);
+
+    // Runs a bulk-load statement whose rows the client sends (on MySQL-family
+    // servers "LOAD DATA LOCAL INFILE ..."): `feed` fills the buffer it is
+    // given and answers how many bytes it put there, 0 at the end. A warning
+    // of the server fails the load with the server's texts. Answers the rows
+    // the server took. A failure thrown by `feed` comes out as it is.
+    int64_t BulkLoad(const String& statement, const std::function<size_t(char*, size_t)>& feed);
 
     // For Command: runs with bound parameters.
     Ref<Recordset> ExecuteWith(const String& commandText, const std::vector<Ref<Parameter>>& params,

@@ -229,6 +229,16 @@ jobjectArray NamesToJava(JNIEnv* env, const Bridge& b, const std::vector<String>
     return a;
 }
 
+jbooleanArray DirectionsToJava(JNIEnv* env, const std::vector<bool>& ascending) {
+    jbooleanArray a = env->NewBooleanArray(static_cast<jsize>(ascending.size()));
+    Check(env);
+    for (size_t i = 0; i < ascending.size(); ++i) {
+        jboolean up = ascending[i] ? JNI_TRUE : JNI_FALSE;
+        env->SetBooleanArrayRegion(a, static_cast<jsize>(i), 1, &up);
+    }
+    return a;
+}
+
 std::vector<ColumnInfo> DescribeColumns(const std::vector<uint8_t>& data) {
     WireReader r(data);
     int32_t n = r.Int();
@@ -343,17 +353,9 @@ public:
                     if (f.Errors().empty() || f.Errors().front().native != kNameExists) throw;
                 }
             }
-            jobjectArray cols = env->NewObjectArray(static_cast<jsize>(st.columns.size()), b.string, nullptr);
-            Check(env);
-            jbooleanArray asc = env->NewBooleanArray(static_cast<jsize>(st.ascending.size()));
-            Check(env);
-            for (size_t i = 0; i < st.columns.size(); ++i) {
-                env->SetObjectArrayElement(cols, static_cast<jsize>(i), ToJava(env, st.columns[i]));
-                jboolean a = st.ascending[i] ? JNI_TRUE : JNI_FALSE;
-                env->SetBooleanArrayRegion(asc, static_cast<jsize>(i), 1, &a);
-            }
             env->CallVoidMethod(link, b.linkCreateIndex, ToJava(env, st.table), ToJava(env, st.name),
-                                st.unique ? JNI_TRUE : JNI_FALSE, cols, asc);
+                                st.unique ? JNI_TRUE : JNI_FALSE, NamesToJava(env, b, st.columns),
+                                DirectionsToJava(env, st.ascending));
             Check(env);
             return nullptr;
         }
@@ -376,7 +378,7 @@ public:
         }
         case JetStatement::Kind::PrimaryKey: {
             env->CallVoidMethod(link, b.linkCreatePrimaryKey, ToJava(env, st.table), ToJava(env, st.name),
-                                NamesToJava(env, b, st.columns));
+                                NamesToJava(env, b, st.columns), DirectionsToJava(env, st.ascending));
             Check(env);
             return nullptr;
         }

@@ -398,6 +398,14 @@ void CutLiterals(JetStatement& p) {
             bound.push_back(TextValue(tok.text));
             tok = Token{Tok::Punct, u"?"};
             cut = true;
+        } else if (tok.kind == Tok::Number && tok.text.find_first_of(u"eE") != String::npos) {
+            // The driver reads no exponent: the number goes as an exact decimal.
+            JetValue v;
+            v.kind = JetValue::Kind::Number;
+            v.text = tok.text;
+            bound.push_back(std::move(v));
+            tok = Token{Tok::Punct, u"?"};
+            cut = true;
         }
     }
     if (!cut) return;
@@ -408,13 +416,20 @@ void CutLiterals(JetStatement& p) {
 bool IsNameToken(const Token& t) { return t.kind == Tok::Name || (t.kind == Tok::Word && !IsKeyword(t)); }
 
 // "( a, b, ... )" from solid position k: the names, and k past the ")".
-bool NameList(const std::vector<Token>& t, const std::vector<size_t>& s, size_t& k, std::vector<String>& names) {
+bool NameList(const std::vector<Token>& t, const std::vector<size_t>& s, size_t& k, std::vector<String>& names,
+              std::vector<bool>* ascending = nullptr) {
     if (k >= s.size() || !IsPunct(t[s[k]], u'(')) return false;
     ++k;
     for (;;) {
         if (k >= s.size() || !IsNameToken(t[s[k]])) return false;
         names.push_back(Unquote(t[s[k]]));
         ++k;
+        if (ascending) {
+            // A key column may carry its direction.
+            bool desc = k < s.size() && IsWord(t[s[k]], u"DESC");
+            if (desc || (k < s.size() && IsWord(t[s[k]], u"ASC"))) ++k;
+            ascending->push_back(!desc);
+        }
         if (k < s.size() && IsPunct(t[s[k]], u',')) { ++k; continue; }
         if (k < s.size() && IsPunct(t[s[k]], u')')) { ++k; return true; }
         return false;
@@ -516,7 +531,7 @@ bool ParseWholeTableSelect(const std::vector<Token>& t, JetStatement& st) {
     return AtEnd(t, s, k + 2);
 }
 
-// ALTER TABLE t ADD CONSTRAINT name PRIMARY KEY (columns)
+// ALTER TABLE t ADD CONSTRAINT name PRIMARY KEY (column [ASC|DESC], ...)
 bool ParsePrimaryKey(const std::vector<Token>& t, JetStatement& st) {
     std::vector<size_t> s = Solid(t);
     if (s.size() < 10 || !IsWord(t[s[0]], u"ALTER") || !IsWord(t[s[1]], u"TABLE") || !IsNameToken(t[s[2]]) ||
@@ -526,7 +541,7 @@ bool ParsePrimaryKey(const std::vector<Token>& t, JetStatement& st) {
     st.table = Unquote(t[s[2]]);
     st.name = Unquote(t[s[5]]);
     size_t k = 8;
-    return NameList(t, s, k, st.columns) && AtEnd(t, s, k);
+    return NameList(t, s, k, st.columns, &st.ascending) && AtEnd(t, s, k);
 }
 
 } // namespace

@@ -7,6 +7,8 @@
 #include <string>
 #include <thread>
 
+#include "support/split.hpp"
+
 namespace zolsdk::ado::detail::jet {
 
 String UnavailableReason() {
@@ -54,6 +56,9 @@ std::vector<std::string> VmOptions() {
         "-Dlog4j2.loggerContextFactory=org.apache.logging.log4j.simple.SimpleLoggerContextFactory",
         "-Dorg.apache.logging.log4j.simplelog.StatusLogger.level=OFF",
     };
+    if (const char* extra = std::getenv("ZOLSDK_JVM_OPTIONS"); extra && *extra)
+        for (const String& item : Split(FromUtf8(extra), u" "))
+            if (!item.empty()) o.push_back(ToUtf8(item));
     if (std::string archive = ZOLSDK_JET_CDS_ARCHIVE; !archive.empty() && ::access(archive.c_str(), R_OK) == 0) {
         o.push_back("-XX:SharedArchiveFile=" + archive);
         o.push_back("-Xshare:auto");
@@ -185,7 +190,7 @@ const Bridge& Classes(JNIEnv* env) {
                 Method(env, c.link, "select", "(Ljava/lang/String;[Ljava/lang/String;)Lzolsdk/jet/JetBridge$Result;");
             c.linkCountRows = Method(env, c.link, "countRows", "(Ljava/lang/String;)J");
             c.linkCreatePrimaryKey = Method(env, c.link, "createPrimaryKey",
-                                            "(Ljava/lang/String;Ljava/lang/String;[Ljava/lang/String;)V");
+                                            "(Ljava/lang/String;Ljava/lang/String;[Ljava/lang/String;[Z)V");
             c.linkIsJet3 = Method(env, c.link, "isJet3", "()Z");
             c.resultCount = Method(env, c.result, "count", "()J");
             c.resultHasRows = Method(env, c.result, "hasRows", "()Z");

@@ -18,7 +18,10 @@
 #include <mysqld_error.h>
 
 #include <atomic>
+#include <cstdio>
+#include <cstdlib>
 #include <deque>
+#include <functional>
 
 #include "platform/ado/backend.hpp"
 #include "platform/ado/mariadb/login.hpp"
@@ -64,6 +67,33 @@ struct StreamPool {
     throw ProviderFailure({std::move(e)});
 }
 
+// The warnings of the last statement as a failure, the first ones first.
+[[noreturn]] void ThrowWarnings(MYSQL* db) {
+    unsigned count = mysql_warning_count(db);
+    std::vector<ProviderError> errors;
+    static constexpr char kSql[] = "SHOW WARNINGS LIMIT 10";
+    if (mysql_real_query(db, kSql, sizeof kSql - 1) == 0) {
+        if (MYSQL_RES* res = mysql_store_result(db)) {
+            while (MYSQL_ROW r = mysql_fetch_row(res)) {
+                ProviderError e;
+                e.native = r[1] ? std::atoi(r[1]) : 0;
+                e.sqlState = u"01000";
+                e.message = FromUtf8(r[0] ? r[0] : "") + u" " + FromUtf8(r[1] ? r[1] : "") + u": " +
+                            FromUtf8(r[2] ? r[2] : "");
+                errors.push_back(std::move(e));
+            }
+            mysql_free_result(res);
+        }
+    }
+    if (errors.empty()) errors.push_back({0, u"01000", u"the server gave warnings"});
+    // The first text says them all: callers often show only that one.
+    String all = errors.front().message;
+    for (size_t i = 1; i < errors.size() && i < 3; ++i) all += u"; " + errors[i].message;
+    if (count > 3) all += u" (" + FromUtf8(std::to_string(count)) + u" warnings in all)";
+    errors.front().message = std::move(all);
+    throw ProviderFailure(std::move(errors));
+}
+
 [[noreturn]] void ThrowNotOpen() { throw ProviderFailure({{0, u"08003", u"Connection not open"}}); }
 
 // Results after the first (of a procedure call) are read and dropped, so
@@ -73,6 +103,40 @@ void SkipMoreResults(MYSQL* db) {
         if (mysql_next_result(db) > 0) ThrowServer(db);
         if (MYSQL_RES* r = mysql_use_result(db)) mysql_free_result(r);
     }
+}
+
+// The data of a bulk load comes from the caller's feed, never from a file:
+// a connection without a load running refuses the server's ask for one.
+struct LoadFeed {
+    const std::function<size_t(char*, size_t)>* feed = nullptr;
+    std::exception_ptr failure;
+};
+
+int LoadInit(void** ptr, const char*, void* userdata) {
+    *ptr = userdata;
+    return userdata ? 0 : 1;
+}
+
+int LoadRead(void* ptr, char* buf, unsigned int size) {
+    auto* f = static_cast<LoadFeed*>(ptr);
+    try {
+        return static_cast<int>((*f->feed)(buf, size));
+    } catch (...) {
+        f->failure = std::current_exception();
+        return -1;
+    }
+}
+
+void LoadEnd(void*) {}
+
+int LoadError(void* ptr, char* buf, unsigned int size) {
+    const char* text = ptr ? "the rows of the load could not be made" : "this client sends no files";
+    std::snprintf(buf, size, "%s", text);
+    return 2000;
+}
+
+void FeedLoadsFrom(MYSQL* db, LoadFeed* feed) {
+    mysql_set_local_infile_handler(db, LoadInit, LoadRead, LoadEnd, LoadError, feed);
 }
 
 // A bounded connection of its own (for KILL QUERY): the login of `link`,
@@ -247,6 +311,8 @@ MYSQL* Connect(const MariaDbLogin& login, int32_t loginTimeout, bool forStatemen
             mysql_optionsv(db, MYSQL_OPT_MAX_ALLOWED_PACKET, &big);
         }
         if (login.Compress()) mysql_optionsv(db, MYSQL_OPT_COMPRESS, nullptr);
+        unsigned int local = 1;
+        mysql_optionsv(db, MYSQL_OPT_LOCAL_INFILE, &local);
         // A streamed result waits on its reader: the server must not give
         // up on a reader that pauses (a slow target, a caller at work).
         mysql_optionsv(db, MYSQL_INIT_COMMAND, "SET SESSION net_write_timeout = 31536000");
@@ -270,6 +336,7 @@ MYSQL* Connect(const MariaDbLogin& login, int32_t loginTimeout, bool forStatemen
             e.message += u" (server " + FromUtf8(host) + u":" + FromUtf8(std::to_string(login.port)) + u")";
         throw ProviderFailure({std::move(e)});
     }
+    if (forStatements) FeedLoadsFrom(db, nullptr);
     // Statements themselves run as long as they need.
     if (MARIADB_PVIO* pvio = db->net.pvio; pvio && pvio->methods && pvio->methods->set_timeout) {
         pvio->methods->set_timeout(pvio, PVIO_READ_TIMEOUT, 0);
@@ -413,6 +480,30 @@ public:
             pool_->Give(link); // a refused statement leaves the connection ready
             throw;
         }
+    }
+
+    // LOAD DATA LOCAL from the caller's feed. The server turns what would
+    // be errors of an INSERT into warnings here (it cannot stop the data
+    // midway), so any warning fails the load with the server's texts.
+    int64_t BulkLoad(const String& sql, const std::function<size_t(char*, size_t)>& feed) override {
+        std::lock_guard<std::mutex> g(link_->lock);
+        MYSQL* db = link_->db;
+        if (!db) ThrowNotOpen();
+        if (link_->streaming) link_->streaming->HoldRest();
+        std::string text = StatementText(db, sql, {});
+        LoadFeed f{&feed, nullptr};
+        FeedLoadsFrom(db, &f);
+        int rc = mysql_real_query(db, text.data(), text.size());
+        FeedLoadsFrom(db, nullptr);
+        if (f.failure) {
+            SkipMoreResults(db);
+            std::rethrow_exception(f.failure);
+        }
+        if (rc != 0) ThrowServer(db);
+        auto taken = static_cast<int64_t>(mysql_affected_rows(db));
+        SkipMoreResults(db);
+        if (mysql_warning_count(db) > 0) ThrowWarnings(db);
+        return taken;
     }
 
     Ref<Recordset> OpenSchema(int32_t schema, const std::vector<Variant>& criteria) override {

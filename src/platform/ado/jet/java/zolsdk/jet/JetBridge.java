@@ -12,9 +12,6 @@ import io.github.spannm.jackcess.Relationship;
 import io.github.spannm.jackcess.Table;
 import io.github.spannm.jackcess.query.Query;
 
-import java.io.ByteArrayOutputStream;
-import java.io.DataInputStream;
-import java.io.DataOutputStream;
 import java.io.File;
 import java.io.IOException;
 import java.math.BigDecimal;
@@ -230,6 +227,8 @@ public final class JetBridge {
         }
         st.keeper = DriverManager.getConnection(url(st.key), "", password);
         st.stale = false;
+        // The mirror is made: the file's own column properties hold again.
+        FileOpener.restoreProperties(((net.ucanaccess.jdbc.UcanaccessConnection) st.keeper).getDbIO());
     }
 
     private static void scheduleIdleCheck(FileState st) {
@@ -470,13 +469,14 @@ public final class JetBridge {
         }
 
         /**
-         * A primary key made in the file with the name it is given (the
-         * driver would name every primary key "PrimaryKey").
+         * A primary key made in the file with the name and the column
+         * directions it is given (the driver would name every primary key
+         * "PrimaryKey" and make every column ascending).
          */
-        public void createPrimaryKey(String table, String name, String[] columns) throws Exception {
+        public void createPrimaryKey(String table, String name, String[] columns, boolean[] ascending) throws Exception {
             Table t = table(table);
             IndexBuilder b = new IndexBuilder(name).withPrimaryKey();
-            for (String c : columns) b.withColumns(column(t, c).getName());
+            for (int i = 0; i < columns.length; i++) b.withColumns(ascending[i], column(t, columns[i]).getName());
             b.addToTable(t);
             changed();
         }
@@ -659,16 +659,16 @@ public final class JetBridge {
          */
         public byte[] columns() throws Exception {
             Wire.Out w = new Wire.Out();
-            w.out.writeInt(columnCount);
+            w.writeInt(columnCount);
             if (direct) {
                 for (Column c : directColumns) {
                     w.string(c.getName());
                     w.string(c.getType().name());
-                    w.out.writeInt(0);
-                    w.out.writeInt(c.getLengthInUnits());
-                    w.out.writeInt(c.getPrecision());
-                    w.out.writeInt(c.getScale());
-                    w.out.writeBoolean(c.isHyperlink());
+                    w.writeInt(0);
+                    w.writeInt(c.getLengthInUnits());
+                    w.writeInt(c.getPrecision());
+                    w.writeInt(c.getScale());
+                    w.writeBoolean(c.isHyperlink());
                 }
                 return w.bytes();
             }
@@ -706,18 +706,18 @@ public final class JetBridge {
                 }
                 if (c != null) {
                     w.string(c.getType().name());
-                    w.out.writeInt(md.getColumnType(i));
-                    w.out.writeInt(c.getLengthInUnits());
-                    w.out.writeInt(c.getPrecision());
-                    w.out.writeInt(c.getScale());
-                    w.out.writeBoolean(c.isHyperlink());
+                    w.writeInt(md.getColumnType(i));
+                    w.writeInt(c.getLengthInUnits());
+                    w.writeInt(c.getPrecision());
+                    w.writeInt(c.getScale());
+                    w.writeBoolean(c.isHyperlink());
                 } else {
                     w.string("");
-                    w.out.writeInt(md.getColumnType(i));
-                    w.out.writeInt(Math.max(0, Math.min(Integer.MAX_VALUE, md.getColumnDisplaySize(i))));
-                    w.out.writeInt(md.getPrecision(i));
-                    w.out.writeInt(md.getScale(i));
-                    w.out.writeBoolean(false);
+                    w.writeInt(md.getColumnType(i));
+                    w.writeInt(Math.max(0, Math.min(Integer.MAX_VALUE, md.getColumnDisplaySize(i))));
+                    w.writeInt(md.getPrecision(i));
+                    w.writeInt(md.getScale(i));
+                    w.writeBoolean(false);
                 }
             }
             return w.bytes();
@@ -727,20 +727,18 @@ public final class JetBridge {
         public byte[] fetch(int max) throws Exception {
             Wire.Out w = new Wire.Out();
             if (direct) {
-                // Rows go straight into the answer: no copy of the batch.
-                Wire.Out body = new Wire.Out();
+                // Rows go straight into the answer, their count in front.
+                w.writeInt(0);
                 int n = 0;
                 while (cursor != null && n < max) {
                     if (!cursor.moveToNextRow()) {
                         close();
                         break;
                     }
-                    for (Column c : directColumns) body.value(cursor.getCurrentRowValue(c));
+                    for (Column c : directColumns) w.value(cursor.getCurrentRowValue(c));
                     n++;
                 }
-                w.out.writeInt(n);
-                body.out.flush();
-                body.buffer.writeTo(w.out);
+                w.putInt(0, n);
                 return w.bytes();
             }
             List<Object[]> batch = new ArrayList<>();
@@ -757,7 +755,7 @@ public final class JetBridge {
                 }
                 batch.add(row);
             }
-            w.out.writeInt(batch.size());
+            w.writeInt(batch.size());
             for (Object[] row : batch)
                 for (Object v : row) w.value(v);
             return w.bytes();
@@ -791,47 +789,102 @@ public final class JetBridge {
      * T date and time (year int, month, day, hour, minute, second bytes, nanos int).
      */
     static final class Wire {
+        /**
+         * A growing big-endian buffer. The streams of java.io lock at every
+         * byte; a batch of rows is written here by one thread.
+         */
         static final class Out {
-            final ByteArrayOutputStream buffer = new ByteArrayOutputStream();
-            final DataOutputStream out = new DataOutputStream(buffer);
+            private byte[] buf = new byte[8192];
+            private int size;
 
-            void string(String s) throws IOException {
-                out.writeInt(s.length());
-                out.writeChars(s);
+            private void room(int n) {
+                if (size + n > buf.length) buf = java.util.Arrays.copyOf(buf, Math.max(buf.length * 2, size + n));
             }
 
-            void stamp(LocalDateTime t) throws IOException {
-                out.writeByte('T');
-                out.writeInt(t.getYear());
-                out.writeByte(t.getMonthValue());
-                out.writeByte(t.getDayOfMonth());
-                out.writeByte(t.getHour());
-                out.writeByte(t.getMinute());
-                out.writeByte(t.getSecond());
-                out.writeInt(t.getNano());
+            void writeByte(int v) {
+                room(1);
+                buf[size++] = (byte) v;
+            }
+
+            void writeBoolean(boolean v) {
+                writeByte(v ? 1 : 0);
+            }
+
+            void writeInt(int v) {
+                room(4);
+                buf[size] = (byte) (v >>> 24);
+                buf[size + 1] = (byte) (v >>> 16);
+                buf[size + 2] = (byte) (v >>> 8);
+                buf[size + 3] = (byte) v;
+                size += 4;
+            }
+
+            /** Puts an int at a place already written (a count known at the end). */
+            void putInt(int at, int v) {
+                buf[at] = (byte) (v >>> 24);
+                buf[at + 1] = (byte) (v >>> 16);
+                buf[at + 2] = (byte) (v >>> 8);
+                buf[at + 3] = (byte) v;
+            }
+
+            void writeLong(long v) {
+                writeInt((int) (v >>> 32));
+                writeInt((int) v);
+            }
+
+            void write(byte[] b) {
+                room(b.length);
+                System.arraycopy(b, 0, buf, size, b.length);
+                size += b.length;
+            }
+
+            void writeChars(String s) {
+                int n = s.length();
+                room(2 * n);
+                for (int i = 0; i < n; i++) {
+                    char c = s.charAt(i);
+                    buf[size++] = (byte) (c >>> 8);
+                    buf[size++] = (byte) c;
+                }
+            }
+
+            void string(String s) {
+                writeInt(s.length());
+                writeChars(s);
+            }
+
+            void stamp(LocalDateTime t) {
+                writeByte('T');
+                writeInt(t.getYear());
+                writeByte(t.getMonthValue());
+                writeByte(t.getDayOfMonth());
+                writeByte(t.getHour());
+                writeByte(t.getMinute());
+                writeByte(t.getSecond());
+                writeInt(t.getNano());
             }
 
             void value(Object v) throws Exception {
                 if (v == null) {
-                    out.writeByte('N');
-                    out.writeInt(Types.NULL);
+                    writeByte('N');
+                    writeInt(Types.NULL);
                 } else if (v instanceof Boolean) {
-                    out.writeByte('Z');
-                    out.writeBoolean((Boolean) v);
+                    writeByte('Z');
+                    writeBoolean((Boolean) v);
                 } else if (v instanceof Integer || v instanceof Short || v instanceof Byte) {
-                    out.writeByte('I');
-                    out.writeInt(((Number) v).intValue());
+                    writeByte('I');
+                    writeInt(((Number) v).intValue());
                 } else if (v instanceof Long) {
-                    out.writeByte('J');
-                    out.writeLong((Long) v);
+                    writeByte('J');
+                    writeLong((Long) v);
                 } else if (v instanceof Float) {
-                    out.writeByte('F');
-                    out.writeInt(Float.floatToIntBits((Float) v));
+                    writeByte('F');
+                    writeInt(Float.floatToIntBits((Float) v));
                 } else if (v instanceof Double) {
-                    out.writeByte('D');
-                    out.writeLong(Double.doubleToLongBits((Double) v));
+                    writeByte('D');
+                    writeLong(Double.doubleToLongBits((Double) v));
                 } else if (v instanceof BigDecimal) {
-                    out.writeByte('M');
+                    writeByte('M');
                     string(((BigDecimal) v).toPlainString());
                 } else if (v instanceof Timestamp) {
                     stamp(((Timestamp) v).toLocalDateTime());
@@ -847,32 +900,31 @@ public final class JetBridge {
                     stamp(LocalDate.of(1899, 12, 30).atTime((LocalTime) v));
                 } else if (v instanceof byte[]) {
                     byte[] b = (byte[]) v;
-                    out.writeByte('X');
-                    out.writeInt(b.length);
-                    out.write(b);
+                    writeByte('X');
+                    writeInt(b.length);
+                    write(b);
                 } else if (v instanceof Blob) {
                     Blob b = (Blob) v;
                     long n = b.length();
                     byte[] bytes = n == 0 ? new byte[0] : b.getBytes(1, (int) n);
-                    out.writeByte('X');
-                    out.writeInt(bytes.length);
-                    out.write(bytes);
+                    writeByte('X');
+                    writeInt(bytes.length);
+                    write(bytes);
                 } else if (v instanceof Clob) {
                     Clob c = (Clob) v;
-                    out.writeByte('S');
+                    writeByte('S');
                     string(c.getSubString(1, (int) c.length()));
                 } else if (v instanceof Number) {
-                    out.writeByte('D');
-                    out.writeLong(Double.doubleToLongBits(((Number) v).doubleValue()));
+                    writeByte('D');
+                    writeLong(Double.doubleToLongBits(((Number) v).doubleValue()));
                 } else {
-                    out.writeByte('S');
+                    writeByte('S');
                     string(v.toString());
                 }
             }
 
-            byte[] bytes() throws IOException {
-                out.flush();
-                return buffer.toByteArray();
+            byte[] bytes() {
+                return java.util.Arrays.copyOf(buf, size);
             }
         }
 
@@ -892,20 +944,67 @@ public final class JetBridge {
 
             byte[] bytes() throws Exception {
                 Out w = new Out();
-                w.out.writeInt(rows.size());
-                w.out.writeInt(width);
+                w.writeInt(rows.size());
+                w.writeInt(width);
                 for (Object[] r : rows)
                     for (Object v : r) w.value(v);
                 return w.bytes();
             }
         }
 
-        static DataInputStream input(byte[] bytes) {
-            return new DataInputStream(new java.io.ByteArrayInputStream(bytes));
+        /** Reads what the native side wrote, big-endian, without the per-byte locks of java.io. */
+        static final class In {
+            private final java.nio.ByteBuffer buf;
+
+            In(byte[] bytes) {
+                buf = java.nio.ByteBuffer.wrap(bytes);
+            }
+
+            byte readByte() throws IOException {
+                need(1);
+                return buf.get();
+            }
+
+            boolean readBoolean() throws IOException {
+                return readByte() != 0;
+            }
+
+            int readInt() throws IOException {
+                need(4);
+                return buf.getInt();
+            }
+
+            long readLong() throws IOException {
+                need(8);
+                return buf.getLong();
+            }
+
+            void readFully(byte[] b) throws IOException {
+                need(b.length);
+                buf.get(b);
+            }
+
+            String readString() throws IOException {
+                int n = readInt();
+                if (n < 0) throw new IOException("a negative text length");
+                need(2L * n);
+                char[] chars = new char[n];
+                buf.asCharBuffer().get(chars);
+                buf.position(buf.position() + 2 * n);
+                return new String(chars);
+            }
+
+            private void need(long n) throws IOException {
+                if (buf.remaining() < n) throw new java.io.EOFException("the values end early");
+            }
+        }
+
+        static In input(byte[] bytes) {
+            return new In(bytes);
         }
 
         /** One value as the file library takes it: LocalDateTime for dates, BigDecimal for decimals. */
-        static Object read(DataInputStream in) throws IOException, SQLException {
+        static Object read(In in) throws IOException, SQLException {
             byte tag = in.readByte();
             switch (tag) {
                 case 'N': in.readInt(); return null;
@@ -936,16 +1035,13 @@ public final class JetBridge {
             }
         }
 
-        private static String readString(DataInputStream in) throws IOException {
-            int n = in.readInt();
-            char[] chars = new char[n];
-            for (int i = 0; i < n; i++) chars[i] = in.readChar();
-            return new String(chars);
+        private static String readString(In in) throws IOException {
+            return in.readString();
         }
 
         /** Binds a Wire list (count, then values) to the statement's marks in order. */
         static void bind(PreparedStatement ps, byte[] params) throws Exception {
-            DataInputStream in = new DataInputStream(new java.io.ByteArrayInputStream(params));
+            In in = new In(params);
             int n = in.readInt();
             for (int i = 1; i <= n; i++) {
                 byte tag = in.readByte();

@@ -7,7 +7,6 @@ import io.github.spannm.jackcess.Database;
 import io.github.spannm.jackcess.PropertyMap;
 import io.github.spannm.jackcess.Table;
 
-import java.io.DataInputStream;
 import java.io.IOException;
 import java.math.BigDecimal;
 import java.math.BigInteger;
@@ -77,7 +76,7 @@ final class RowWriter {
         for (Column col : all)
             if (col.isCalculated()) throw notDirect("table " + t.getName() + " has a calculated column");
 
-        DataInputStream in = JetBridge.Wire.input(rows);
+        JetBridge.Wire.In in = JetBridge.Wire.input(rows);
         int count = in.readInt();
         int width = in.readInt();
         if (width != slot.length)
