@@ -1,5 +1,6 @@
 #include "data/codecs.hpp"
 
+#include <charconv>
 #include <cstdio>
 
 #include "support/numbers.hpp"
@@ -86,6 +87,8 @@ String DbGenericEncoder::EncodeString(StringView text, StringView psChar, String
     // Double the escape first, then put it where the delimiter was. Decoding
     // is not the exact inverse of this (two delimiters side by side come
     // back as the escape); the builders read records by that same rule.
+    // Most texts hold neither: they are their own encoding.
+    if (text.find(psChar) == StringView::npos && text.find(psEncodeTo) == StringView::npos) return String(text);
     String doubled(psEncodeTo);
     doubled += psEncodeTo;
     return ReplaceAll(ReplaceAll(text, psEncodeTo, doubled), psChar, psEncodeTo);
@@ -93,6 +96,24 @@ String DbGenericEncoder::EncodeString(StringView text, StringView psChar, String
 
 String DbGenericEncoder::EncodeDate(double ptValue) {
     const DateParts p = SplitDate(ptValue);
+    if (p.year >= 0 && p.year <= 9999 && p.month >= 0 && p.month < 100 && p.day >= 0 && p.day < 100 && p.hour >= 0 &&
+        p.hour < 100 && p.minute >= 0 && p.minute < 100 && p.second >= 0 && p.second < 100) {
+        // The usual date, written in one go.
+        char16_t buf[20];
+        size_t n = 0;
+        char digits[8];
+        const char* end = std::to_chars(digits, digits + sizeof digits, p.year).ptr;
+        for (const char* c = digits; c != end; ++c) buf[n++] = static_cast<char16_t>(*c);
+        for (int v : {p.month, p.day, -1, p.hour, p.minute, p.second}) {
+            if (v < 0) {
+                buf[n++] = u'T';
+                continue;
+            }
+            buf[n++] = static_cast<char16_t>(u'0' + v / 10);
+            buf[n++] = static_cast<char16_t>(u'0' + v % 10);
+        }
+        return String(buf, n);
+    }
     // The year has no padding: year 999 is written with three digits.
     String out = IntText(p.year);
     out += TwoDigits(p.month);

@@ -128,7 +128,14 @@ String DbDataRow::GetString(const String& d, const String& sub) {
                 continue;
             }
             switch (c.group) {
-            case 1: ZOL_LN; sb.Append(enc.EncodeString(c.text, d, u"%2C")); break;
+            case 1:
+                // A text without the delimiter or its escape is its own encoding.
+                if (!d.empty() && c.text.find(d) == String::npos && c.text.find(u"%2C") == String::npos) {
+                    sb.Append(c.text);
+                    break;
+                }
+                ZOL_LN; sb.Append(enc.EncodeString(c.text, d, u"%2C"));
+                break;
             case 3: case 4: sb.Append(IntText(c.integer)); break;
             case 5: case 6: case 7: ZOL_LN; sb.Append(enc.EncodeDate(c.date)); break;
             case 8: sb.Append(enc.EncodeBoolean(c.boolean)); break;

@@ -118,6 +118,7 @@ Ref<DbDataColumns> DbDataRows::GetPrimaryKeyDataColumn(const Ref<DbCatalog>& poD
 }
 
 void DbDataRows::DropRecordset() {
+    m_fieldCells.clear();
     if (!m_oRS) return;
     try {
         if (m_oRS->State() & adStateOpen) m_oRS->Close();
@@ -210,13 +211,28 @@ void DbDataRows::InitRow(Ref<DbDataRow>& row) {
             closeAfter = true;
         }
         ado::Fields& fields = source->Fields();
+        // The main rowset's fields keep their cells from row to row: they are
+        // looked up by name once, and then addressed by position (a key that
+        // is a number is a position). A name that is not there fails by name,
+        // on every row, as before.
+        const bool mainRowset = source.get() == m_oRS.get();
+        if (mainRowset && m_fieldCells.empty()) {
+            m_fieldCells.assign(static_cast<size_t>(fields.Count()), -1);
+            for (int32_t i = 0; i < fields.Count(); ++i) {
+                try {
+                    m_fieldCells[static_cast<size_t>(i)] = row->CellIndex(Variant(fields.Item(i).Name()));
+                } catch (const DbError&) {
+                }
+            }
+        }
         for (int32_t i = 0; i < fields.Count(); ++i) {
             ado::Field& f = fields.Item(i);
             const Variant& v = f.Value();
             int32_t t = f.Type();
             bool longText = t == adType::LongVarChar || t == adType::LongVarWChar;
             bool longBytes = t == adType::VarBinary || t == adType::LongVarBinary;
-            Variant key(f.Name());
+            const int32_t cell = mainRowset ? m_fieldCells[static_cast<size_t>(i)] : -1;
+            Variant key = cell >= 0 ? Variant(cell) : Variant(f.Name());
             if (longText || longBytes) {
                 if (v.IsNull()) {
                     ZOL_LN; row->SetItem(key, Variant(nullptr));

@@ -1,4 +1,5 @@
 #include "zolsdk/platform/text.hpp"
+#include <charconv>
 
 namespace zolsdk {
 
@@ -129,6 +130,10 @@ String Trim(StringView s) {
     return String(s.substr(b, e - b));
 }
 
-String IntText(int64_t v) { return Ascii(std::to_string(v)); }
+String IntText(int64_t v) {
+    char buf[24];
+    const char* end = std::to_chars(buf, buf + sizeof buf, v).ptr;
+    return String(static_cast<const char*>(buf), end);
+}
 
 } // namespace zolsdk

@@ -246,5 +246,48 @@ TEST(MySqlValues, BinaryValuesPassWholeWhereTheLibraryKeepsThem) {
     }
 }
 
+// The reader makes a text column long by its length (above 255 characters),
+// not by its server type: VARCHAR(300) is long text, TINYTEXT short. Rows
+// must carry both, and copies must hold them.
+TEST(MySqlValues, WideVarcharsCopyLikeLongText) {
+    ScratchDb src("wide_src"), dst("wide_dst");
+    const String ddl = u"(id INT PRIMARY KEY, v VARCHAR(300), c CHAR(255), t TINYTEXT, x TEXT) DEFAULT CHARSET=utf8mb4";
+    src.Run(u"CREATE TABLE w " + ddl);
+    dst.Run(u"CREATE TABLE w " + ddl);
+    src.Run(u"INSERT INTO w VALUES (1, REPEAT('\u00e9', 300), REPEAT('c', 255), 'tiny', REPEAT('x', 1000)),"
+            u" (2, '', '', '', ''), (3, NULL, NULL, NULL, NULL), (4, 'short, with a comma', 'c', 't', 'x')");
+    // The reader's sizes on a "10.x" server (the old-server rule of the
+    // version's first digit): declared lengths for the short types, the
+    // type's maximum divided by 3 for the long ones.
+    Ref<ado::Recordset> cols = src.Session()->DbReader()->TableColumns(u"w");
+    std::vector<std::string> got;
+    for (cols->MoveFirst(); !cols->Eof(); cols->MoveNext())
+        got.push_back(ToUtf8(cols->Value(u"column_name").ToString()) + ":" +
+                      ToUtf8(cols->Value(u"character_maximum_length").ToString()) + ":" +
+                      ToUtf8(cols->Value(u"data_type_group").ToString()));
+    EXPECT_EQ(got, (std::vector<std::string>{"id:0:3", "v:300:2", "c:255:1", "t:85:1", "x:21845:2"}));
+
+    std::string c255;
+    for (int i = 0; i < 255; ++i) c255 += "63";
+    // An empty long text arrives as a null (a data row keeps it so).
+    const std::string want = "1:600:0:" + c255 + ":74696E79:1000|2:NULL:NULL:::NULL|3:NULL:NULL:NULL:NULL:NULL|4:19:15:63:74:1";
+    auto lines = [](const ScratchDb& db) {
+        std::string all;
+        for (const std::string& l : ClientLines(db, "SELECT CONCAT_WS(':', id, IFNULL(LENGTH(v), 'NULL'), "
+                                                    "IFNULL(LOCATE('comma', v), 'NULL'), IFNULL(HEX(c), 'NULL'), "
+                                                    "IFNULL(HEX(t), 'NULL'), IFNULL(LENGTH(x), 'NULL')) FROM w ORDER BY id"))
+            all += (all.empty() ? "" : "|") + l;
+        return all;
+    };
+    // Both roads: the batched text of ExportData and bound rows (fill mode 1).
+    EXPECT_TRUE(Catalog(dst)->ImportData(u"w", Catalog(src)->ExportData(u"w")));
+    EXPECT_EQ(lines(dst), want);
+    dst.Run(u"DELETE FROM w");
+    auto ds = Ref<DbDataSet>::New();
+    ds->Init(Catalog(src), u"w", u"", u"", 1);
+    EXPECT_TRUE(Catalog(dst)->ImportData(u"w", ds));
+    EXPECT_EQ(lines(dst), want);
+}
+
 } // namespace
 } // namespace zolsdk::mysqltest

@@ -29,6 +29,9 @@ public:
     String GetString(const String& psColumnDelimiter, const String& psBlobValueSubstibute);
 
     int32_t CellCount() const { return static_cast<int32_t>(cells_.size()); }
+    // The position of the cell a key reaches (a name, or a number that is
+    // a position); fails as the other accessors do for an unknown name.
+    int32_t CellIndex(const Variant& psIndexKey) { return static_cast<int32_t>(GetIndex(psIndexKey)); }
 
 private:
     struct RowCell {

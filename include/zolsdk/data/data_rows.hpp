@@ -4,6 +4,7 @@
 // re-read by its primary key (for tables with large values); 2 as 1 without
 // the key; 3 the select fetched in the background while rows are read.
 #include <cstdint>
+#include <vector>
 
 #include "zolsdk/export.hpp"
 #include "zolsdk/data/data_columns.hpp"
@@ -53,6 +54,9 @@ private:
     bool m_bWalked = false;
     int32_t m_lStatus = 0;
     Ref<ado::Recordset> m_oRS;
+    // The cell of each field of m_oRS, found by name once for the rowset
+    // rather than once a row; empty until the first row is filled.
+    std::vector<int32_t> m_fieldCells;
 
     void Load();
     Ref<DbDataColumns> GetPrimaryKeyDataColumn(const Ref<DbCatalog>& poDB, const String& psTableName);

@@ -146,6 +146,15 @@ ResultField DescribeField(const MYSQL_FIELD& f) {
         r.info.type = BinaryType(r.info.type);
         r.kind = CellKind::Bytes;
     }
+    if (r.kind == CellKind::Text && f.org_table_length > 0) {
+        // A table's text column is long exactly when the schema reader makes
+        // it a long text (more than 255 characters): a data row then builds
+        // a blob for it, whatever the server's type (VARCHAR(300) is long,
+        // TINYTEXT short). Computed columns keep the type of their value.
+        const bool longText = Characters(f) > 255;
+        if (longText) r.info.type = adType::LongVarWChar;
+        else if (r.info.type == adType::LongVarWChar) r.info.type = adType::VarWChar;
+    }
     if (r.info.type == adType::Numeric) {
         // The length counts the digits, the point and the sign.
         unsigned long digits = f.length - (f.decimals > 0 ? 1 : 0) - (isUnsigned ? 0 : 1);
