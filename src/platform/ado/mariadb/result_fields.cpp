@@ -204,7 +204,8 @@ Variant DecodeCell(CellKind kind, const char* data, size_t length) {
         DateParts d;
         if (!ReadDate(data, end, d, kind == CellKind::Stamp)) return Text(data, length);
         if (d.year == 0 || d.month == 0 || d.day == 0) return Variant::Null(); // zero date
-        return Variant::FromDate(kind == CellKind::Date ? DateSerial(d.year, d.month, d.day) : JoinDate(d));
+        // The server's year is the year: no two-digit window (0029 stays 0029).
+        return Variant::FromDate(JoinDate(d));
     }
     case CellKind::Time: {
         // "[-]h:mm:ss[.ffffff]"; hours may pass 24.

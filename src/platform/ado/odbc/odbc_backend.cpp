@@ -242,7 +242,10 @@ private:
             SQL_DATE_STRUCT v{};
             if (!ReadFixed(col, SQL_C_TYPE_DATE, v)) return Variant::Null();
             if (v.year == 0 || v.month == 0 || v.day == 0) return Variant::Null(); // zero date
-            return Variant::FromDate(DateSerial(v.year, v.month, v.day));
+            DateParts p; // the server's year as it stands: no two-digit window
+            p.year = v.year; p.month = v.month; p.day = v.day;
+            p.hour = p.minute = p.second = 0;
+            return Variant::FromDate(JoinDate(p));
         }
         case adType::DBTime: {
             SQL_TIME_STRUCT v{};
