@@ -112,8 +112,8 @@ TEST(Migrate, FourJobsGiveTheSameVerifiedSakilaAsOne) {
 TEST(Migrate, ARunWhoseTargetDiesIsResumedWithNoRowMissingOrTwice) {
     OwnServer target;
     Database source(kShared, "resume_src");
-    source.Sql("CREATE TABLE big (id INT PRIMARY KEY, a VARCHAR(40), b DECIMAL(12,2), c DATETIME, t TEXT);"
-               "INSERT INTO big SELECT seq, CONCAT('row ', seq), seq / 7, '2024-01-01' + INTERVAL seq MINUTE, "
+    source.Sql("CREATE TABLE numbered (id INT PRIMARY KEY, a VARCHAR(40), b DECIMAL(12,2), c DATETIME, t TEXT);"
+               "INSERT INTO numbered SELECT seq, CONCAT('row ', seq), seq / 7, '2024-01-01' + INTERVAL seq MINUTE, "
                "REPEAT('x', seq % 200) FROM seq_1_to_240000;"
                "CREATE TABLE nokey (n INT, s VARCHAR(10));"
                "INSERT INTO nokey SELECT seq % 100, 'same' FROM seq_1_to_20000;");
@@ -124,17 +124,21 @@ TEST(Migrate, ARunWhoseTargetDiesIsResumedWithNoRowMissingOrTwice) {
 
     Ran first;
     std::thread run([&] { first = Zol(args, std::chrono::seconds(240)); });
-    // Kill the target once some key ranges are recorded as verified, while others are not.
+    // Kill the target once the keyless table (planned first: its name sorts
+    // first) and some key ranges are recorded as verified, while others are not.
     int verified = 0;
-    for (int i = 0; i < 1200 && verified < 2; ++i) {
+    bool keylessDone = false;
+    for (int i = 0; i < 1200 && (verified < 2 || !keylessDone); ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
         std::string s = ReadFile(state);
         verified = 0;
         for (size_t at = 0; (at = s.find("\nrange\t", at)) != std::string::npos; ++at) ++verified;
+        keylessDone = s.find("\ntable\tnokey\t") != std::string::npos;
     }
     target.Kill();
     run.join();
     ASSERT_GE(verified, 2) << first.out << first.err;
+    ASSERT_TRUE(keylessDone) << first.out << first.err;
     EXPECT_FALSE(first.timedOut);
     EXPECT_NE(first.exit, 0) << first.out;
 
@@ -144,7 +148,7 @@ TEST(Migrate, ARunWhoseTargetDiesIsResumedWithNoRowMissingOrTwice) {
                     std::chrono::seconds(240));
     EXPECT_EQ(again.exit, 0) << again.out << again.err;
     std::string columns = "id, a, b, c, t";
-    EXPECT_EQ(Fingerprint(copy, "big", "id", columns), Fingerprint(source, "big", "id", columns));
+    EXPECT_EQ(Fingerprint(copy, "numbered", "id", columns), Fingerprint(source, "numbered", "id", columns));
     EXPECT_EQ(copy.Sql("SELECT COUNT(*), SUM(n) FROM nokey"), "20000\t990000\n");
     // The rerun copied again only what was not verified.
     EXPECT_NE(first.out.find("nokey: verified"), std::string::npos) << first.out;
