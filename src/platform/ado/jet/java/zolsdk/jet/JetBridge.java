@@ -1021,18 +1021,19 @@ public final class JetBridge {
                     return b;
                 }
                 case 'T': {
-                    int year = in.readInt();
-                    int month = in.readByte();
-                    int day = in.readByte();
-                    int hour = in.readByte();
-                    int minute = in.readByte();
-                    int second = in.readByte();
-                    int nanos = in.readInt();
-                    return LocalDateTime.of(year, month, day, hour, minute, second, nanos);
+                    return readDateTime(in);
                 }
                 default:
                     throw new SQLException("unknown value kind " + (char) tag, "07006", 0);
             }
+        }
+
+        // A date on the wire: year, month, day, hour, minute, second, nanoseconds.
+        private static LocalDateTime readDateTime(In in) throws IOException {
+            int year = in.readInt();
+            int month = in.readByte(), day = in.readByte();
+            int hour = in.readByte(), minute = in.readByte(), second = in.readByte();
+            return LocalDateTime.of(year, month, day, hour, minute, second, in.readInt());
         }
 
         private static String readString(In in) throws IOException {
@@ -1077,14 +1078,7 @@ public final class JetBridge {
                         break;
                     }
                     case 'T': {
-                        int year = in.readInt();
-                        int month = in.readByte();
-                        int day = in.readByte();
-                        int hour = in.readByte();
-                        int minute = in.readByte();
-                        int second = in.readByte();
-                        int nanos = in.readInt();
-                        ps.setTimestamp(i, Timestamp.valueOf(LocalDateTime.of(year, month, day, hour, minute, second, nanos)));
+                        ps.setTimestamp(i, Timestamp.valueOf(readDateTime(in)));
                         break;
                     }
                     default:
