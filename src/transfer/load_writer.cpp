@@ -1,11 +1,6 @@
 #include "transfer/load_writer.hpp"
 
-#include <condition_variable>
 #include <cstring>
-#include <deque>
-#include <exception>
-#include <mutex>
-#include <thread>
 
 #include "transfer/identifiers.hpp"
 #include "transfer/values.hpp"
@@ -19,111 +14,87 @@ namespace {
 // sent, at most this many plus two are in memory.
 constexpr size_t kWaitingChunks = 3;
 
-class LoadWriter : public RowWriter {
-public:
-    LoadWriter(ado::Connection& c, const TablePlan& t, size_t chunkBytes) : chunkBytes_(chunkBytes) {
-        for (const auto& col : t.columns) kinds_.push_back(col.kind);
-        chunk_.reserve(chunkBytes_ + 4096);
-        String sql = LoadDataSql(t);
-        loader_ = std::thread([this, &c, sql] { Load(c, sql); });
+} // namespace
+
+LoadWriter::LoadWriter(ado::Connection& c, const TablePlan& t, size_t chunkBytes) : chunkBytes_(chunkBytes) {
+    for (const auto& col : t.columns) kinds_.push_back(col.kind);
+    chunk_.reserve(chunkBytes_ + 4096);
+    String sql = LoadDataSql(t);
+    loader_ = std::thread([this, &c, sql] { Load(c, sql); });
+}
+
+LoadWriter::~LoadWriter() {
+    if (!loader_.joinable()) return;
+    {
+        std::lock_guard g(lock_);
+        aborted_ = true;
     }
+    moved_.notify_all();
+    loader_.join();
+}
 
-    ~LoadWriter() override {
-        if (!loader_.joinable()) return;
-        {
-            std::lock_guard g(lock_);
-            aborted_ = true;
-        }
-        moved_.notify_all();
-        loader_.join();
+void LoadWriter::Add(const std::vector<Variant>& row) {
+    for (size_t i = 0; i < row.size(); ++i) {
+        if (i) chunk_ += '\t';
+        AppendLoadText(kinds_[i], row[i], chunk_);
     }
+    chunk_ += '\n';
+    Added();
+}
 
-    void Add(const std::vector<Variant>& row) override {
-        for (size_t i = 0; i < row.size(); ++i) {
-            if (i) chunk_ += '\t';
-            AppendLoadText(kinds_[i], row[i], chunk_);
-        }
-        chunk_ += '\n';
-        if (chunk_.size() >= chunkBytes_) Push();
+int64_t LoadWriter::Finish() {
+    Push();
+    {
+        std::lock_guard g(lock_);
+        ended_ = true;
     }
+    moved_.notify_all();
+    loader_.join();
+    if (failure_) std::rethrow_exception(failure_);
+    return taken_;
+}
 
-    // The load is one statement: nothing is taken before its end.
-    int64_t Flush() override { return taken_; }
+void LoadWriter::Push() {
+    if (chunk_.empty()) return;
+    std::unique_lock g(lock_);
+    moved_.wait(g, [this] { return waiting_.size() < kWaitingChunks || failed_; });
+    if (failed_) std::rethrow_exception(failure_);
+    waiting_.push_back(std::move(chunk_));
+    g.unlock();
+    moved_.notify_all();
+    chunk_ = std::string();
+    chunk_.reserve(chunkBytes_ + 4096);
+}
 
-    int64_t Finish() override {
-        Push();
-        {
-            std::lock_guard g(lock_);
-            ended_ = true;
-        }
-        moved_.notify_all();
-        loader_.join();
-        if (failure_) std::rethrow_exception(failure_);
-        return taken_;
-    }
-
-private:
-    size_t chunkBytes_;
-    std::vector<Kind> kinds_;
-    std::string chunk_;
-
-    std::mutex lock_;
-    std::condition_variable moved_;
-    std::deque<std::string> waiting_;
-    bool ended_ = false, aborted_ = false, failed_ = false;
-    std::exception_ptr failure_;
-    std::thread loader_;
-    int64_t taken_ = 0;
-
-    // The loader's chunk and how far it has been sent (loader thread only).
-    std::string sending_;
-    size_t sent_ = 0;
-
-    void Push() {
-        if (chunk_.empty()) return;
+// Called by the client library for more of the load's data.
+size_t LoadWriter::Feed(char* buf, size_t size) {
+    if (sent_ == sending_.size()) {
         std::unique_lock g(lock_);
-        moved_.wait(g, [this] { return waiting_.size() < kWaitingChunks || failed_; });
-        if (failed_) std::rethrow_exception(failure_);
-        waiting_.push_back(std::move(chunk_));
+        moved_.wait(g, [this] { return !waiting_.empty() || ended_ || aborted_; });
+        if (aborted_) throw DbError(err::InvalidCall, u"zolsdk.transfer", u"the rows stopped coming before their end");
+        if (waiting_.empty()) return 0; // ended
+        sending_ = std::move(waiting_.front());
+        waiting_.pop_front();
+        sent_ = 0;
         g.unlock();
         moved_.notify_all();
-        chunk_ = std::string();
-        chunk_.reserve(chunkBytes_ + 4096);
     }
+    size_t n = std::min(size, sending_.size() - sent_);
+    std::memcpy(buf, sending_.data() + sent_, n);
+    sent_ += n;
+    return n;
+}
 
-    // Called by the client library for more of the load's data.
-    size_t Feed(char* buf, size_t size) {
-        if (sent_ == sending_.size()) {
-            std::unique_lock g(lock_);
-            moved_.wait(g, [this] { return !waiting_.empty() || ended_ || aborted_; });
-            if (aborted_)
-                throw DbError(err::InvalidCall, u"zolsdk.transfer", u"the rows stopped coming before their end");
-            if (waiting_.empty()) return 0; // ended
-            sending_ = std::move(waiting_.front());
-            waiting_.pop_front();
-            sent_ = 0;
-            g.unlock();
-            moved_.notify_all();
-        }
-        size_t n = std::min(size, sending_.size() - sent_);
-        std::memcpy(buf, sending_.data() + sent_, n);
-        sent_ += n;
-        return n;
+void LoadWriter::Load(ado::Connection& c, const String& sql) {
+    try {
+        taken_ = c.BulkLoad(sql, [this](char* buf, size_t size) { return Feed(buf, size); });
+    } catch (...) {
+        std::lock_guard g(lock_);
+        failure_ = std::current_exception();
+        failed_ = true;
     }
-
-    void Load(ado::Connection& c, const String& sql) {
-        try {
-            taken_ = c.BulkLoad(sql, [this](char* buf, size_t size) { return Feed(buf, size); });
-        } catch (...) {
-            std::lock_guard g(lock_);
-            failure_ = std::current_exception();
-            failed_ = true;
-        }
-        moved_.notify_all();
-    }
-};
-
-} // namespace
+    moved_.notify_all();
+}
 
 bool TakesBulkLoads(ado::Connection& c) {
     int32_t n = 0;
@@ -147,10 +118,6 @@ String LoadDataSql(const TablePlan& t) {
     return u"LOAD DATA LOCAL INFILE 'rows' INTO TABLE " + QuoteName(Engine::MySql, t.name) +
            u" CHARACTER SET utf8mb4 FIELDS TERMINATED BY '\\t' ESCAPED BY '\\\\' LINES TERMINATED BY '\\n' (" +
            columns + u")" + unhex;
-}
-
-std::unique_ptr<RowWriter> MakeLoadWriter(ado::Connection& c, const TablePlan& t, size_t chunkBytes) {
-    return std::make_unique<LoadWriter>(c, t, chunkBytes);
 }
 
 } // namespace zolsdk::transfer

@@ -6,6 +6,7 @@
 #include "transfer/endpoint.hpp"
 #include "transfer/identifiers.hpp"
 #include "transfer/schema_read.hpp"
+#include "transfer/text_road.hpp"
 #include "transfer/type_map.hpp"
 #include "zolsdk/platform/error.hpp"
 
@@ -72,10 +73,6 @@ void PlanColumns(Engine source, Engine target, TablePlan& t) {
         // character set and ON UPDATE.
         bool native = target == Engine::MySql && (source == Engine::MySql || source == Engine::Xml) &&
                       !c.sourceNative.empty();
-        // Dates are carried to the second.
-        if (target != Engine::Xml && (c.kind == Kind::DateTime || c.kind == Kind::Time) &&
-            HoldsFractions(c.sourceNative))
-            t.changes.push_back(c.name + u": fractions of a second are dropped (dates are carried to the second)");
         if (native) {
             c.targetType = c.sourceNative;
         } else {
@@ -104,13 +101,20 @@ void PlanColumns(Engine source, Engine target, TablePlan& t) {
             if (target == Engine::Access) c.targetDefault.reset();
         }
     }
+    // Values are carried to the second, except on the text road, where the
+    // server's own text keeps every digit.
+    if (target == Engine::Xml || GoesByText(source, target, t)) return;
+    for (const auto& c : t.columns)
+        if ((c.kind == Kind::DateTime || c.kind == Kind::Time) && HoldsFractions(c.sourceNative))
+            t.changes.push_back(c.name + u": fractions of a second are dropped (dates are carried to the second)");
 }
 
 // MariaDB holds dates no other engine has ('0000-00-00', a zero month or
-// day); they are read as Null. How many each column holds is asked before
+// day); they are read as Null (off the text road). How many each column holds is asked before
 // a row moves, and a column that holds any takes Null on the target.
 void PlanZeroDates(Engine source, Engine target, ado::Connection* c, TablePlan& t) {
-    if (source != Engine::MySql || (target != Engine::Access && target != Engine::SqlServer) || !c) return;
+    // The text road carries them as they are.
+    if (source != Engine::MySql || target == Engine::Xml || GoesByText(source, target, t) || !c) return;
     std::vector<ColumnPlan*> dates;
     String sql;
     for (auto& col : t.columns) {
@@ -128,7 +132,8 @@ void PlanZeroDates(Engine source, Engine target, ado::Connection* c, TablePlan& 
         if (zeros <= 0) continue;
         ColumnPlan& col = *dates[i];
         String what = col.name + u": " + IntText(zeros) + (zeros == 1 ? u" zero date arrives" : u" zero dates arrive") +
-                      u" as Null ('0000-00-00' or a zero month or day: a date no other engine holds)";
+                      (target == Engine::MySql ? u" as Null ('0000-00-00' or a zero month or day)"
+                                               : u" as Null ('0000-00-00' or a zero month or day: a date no other engine holds)");
         if (!col.nullable) {
             col.nullable = true;
             what += u"; the column takes Null";

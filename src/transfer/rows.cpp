@@ -17,9 +17,6 @@ namespace zolsdk::transfer {
 
 namespace {
 
-// The bulk load's text goes to the loader in chunks of about this size.
-constexpr size_t kLoadChunkBytes = 1 << 20;
-
 std::vector<String> ColumnNames(const TablePlan& t) {
     std::vector<String> names;
     for (const auto& c : t.columns) names.push_back(c.name);
@@ -135,6 +132,10 @@ bool ReadAsText(Engine e, const ColumnPlan& c) {
     return e == Engine::MySql && c.kind == Kind::Decimal && c.precision > 28;
 }
 
+// MariaDB writes a FLOAT with six digits (16777216 as "16777200"); the
+// DOUBLE it widens to is written with every digit and holds it exactly.
+bool ReadWidened(Engine e, const ColumnPlan& c) { return e == Engine::MySql && c.kind == Kind::Single; }
+
 } // namespace
 
 String SelectSql(Engine e, const TablePlan& t, const KeyRange& range) {
@@ -142,7 +143,12 @@ String SelectSql(Engine e, const TablePlan& t, const KeyRange& range) {
     for (const auto& c : t.columns) {
         if (!columns.empty()) columns += u", ";
         String name = QuoteName(e, c.name);
-        columns += ReadAsText(e, c) ? u"CAST(" + name + u" AS CHAR) AS " + name : name;
+        if (ReadAsText(e, c))
+            columns += u"CAST(" + name + u" AS CHAR) AS " + name;
+        else if (ReadWidened(e, c))
+            columns += u"CAST(" + name + u" AS DOUBLE) AS " + name;
+        else
+            columns += name;
     }
     String sql = u"SELECT " + columns + u" FROM " + QuoteName(e, t.name);
     if (!range.IsWhole() && !t.keyColumns.empty()) {
@@ -261,7 +267,7 @@ bool RowReader::Next() {
 std::unique_ptr<RowWriter> MakeWriter(ado::Connection& c, Engine target, const TablePlan& t, size_t batchBytes) {
     if (target == Engine::MySql) {
         // A server that refuses client-fed loads gets INSERTs of many rows.
-        if (TakesBulkLoads(c)) return MakeLoadWriter(c, t, kLoadChunkBytes);
+        if (TakesBulkLoads(c)) return std::make_unique<LoadWriter>(c, t, kLoadChunkBytes);
         return std::make_unique<MySqlBatchWriter>(c, t, batchBytes);
     }
     // Access takes many rows a statement (its provider writes them in one

@@ -6,6 +6,7 @@
 #include "transfer/identifiers.hpp"
 #include "transfer/run_steps.hpp"
 #include "transfer/rows.hpp"
+#include "transfer/text_road.hpp"
 #include "transfer/verify.hpp"
 #include "transfer/xml_schema.hpp"
 #include "zolsdk/platform/error.hpp"
@@ -161,14 +162,19 @@ Verification Compare(const Plan& plan, const TablePlan& t, const Options& o, con
         }
         Ref<ado::Connection> tc = Connect(dst, o.lockTimeoutSeconds);
         Ref<ado::Connection> sc;
+        // Both sides are summed alike: over values, or over the server's text.
+        bool byText = known ? known->byText : GoesByText(src.engine, dst.engine, t);
+        auto sum = [&](ado::Connection& c, Engine e) {
+            return byText ? TextChecksum(c, t, range, o.cancel) : Checksum(c, e, t, range, o.cancel);
+        };
         TableSum a;
         if (known) {
             a = *known;
         } else {
             sc = Connect(src, o.lockTimeoutSeconds);
-            a = Checksum(*sc, src.engine, t, range, o.cancel);
+            a = sum(*sc, src.engine);
         }
-        TableSum b = Checksum(*tc, dst.engine, t, range, o.cancel);
+        TableSum b = sum(*tc, dst.engine);
         if (Cancelled(o)) {
             v.failure = u"cancelled";
             return v;
@@ -209,29 +215,33 @@ TableResult CopyUnverified(const Plan& plan, const TablePlan& t, const Options& 
             return r;
         }
         Ref<ado::Connection> sc = Connect(src, o.lockTimeoutSeconds), tc = Connect(dst, o.lockTimeoutSeconds);
-        RowReader reader(*sc, src.engine, t, range);
-        std::unique_ptr<RowWriter> writer = MakeWriter(*tc, dst.engine, t, o.batchBytes);
         int64_t read = 0, nextReport = o.progressEvery;
         bool stopped = false;
-        // The source's side of the verification is summed as its rows go by.
-        sent = {};
-        while (reader.Next()) {
-            writer->Add(reader.Row());
-            if (o.verify) sent.sum += RowHash(t, reader.Row());
-            ++read;
-            if (read >= nextReport) {
-                nextReport += o.progressEvery;
-                if (o.progress) o.progress({t.name, read});
-                if (Cancelled(o)) {
-                    stopped = true;
-                    break;
-                }
+        // Progress now and then; false once the run is cancelled.
+        auto tick = [&](int64_t rows) {
+            if (rows < nextReport) return true;
+            nextReport = rows + o.progressEvery;
+            if (o.progress) o.progress({t.name, rows});
+            stopped = Cancelled(o);
+            return !stopped;
+        };
+        if (GoesByText(src.engine, dst.engine, t)) {
+            r.rowsWritten = CopyByText(*sc, *tc, t, range, o.batchBytes, sent, tick);
+            read = sent.rows;
+        } else {
+            RowReader reader(*sc, src.engine, t, range);
+            std::unique_ptr<RowWriter> writer = MakeWriter(*tc, dst.engine, t, o.batchBytes);
+            // The source's side of the verification is summed as its rows go by.
+            sent = {};
+            while (reader.Next()) {
+                writer->Add(reader.Row());
+                if (o.verify) sent.sum += RowHash(t, reader.Row());
+                if (!tick(++read)) break;
             }
+            r.rowsWritten = writer->Finish();
         }
         sent.rows = read;
         r.rowsRead = read;
-        r.rowsWritten = writer->Finish();
-        writer.reset();
         if (o.progress) o.progress({t.name, read});
         sc->Close();
         tc->Close();

@@ -1,5 +1,6 @@
 #include "transfer/values.hpp"
 
+#include <array>
 #include <charconv>
 #include <cstring>
 
@@ -122,21 +123,37 @@ String Literal(Engine e, Kind k, const Variant& v) {
     }
 }
 
-namespace {
-
-void AppendEscaped(std::string_view text, std::string& out) {
-    for (char c : text) {
-        switch (c) {
-        case '\\': out += "\\\\"; break;
-        case '\t': out += "\\t"; break;
-        case '\n': out += "\\n"; break;
-        case '\0': out += "\\0"; break;
-        default: out += c;
-        }
+void AppendLoadEscaped(std::string_view text, std::string& out) {
+    // Runs without a byte to escape are copied whole.
+    static constexpr auto special = [] {
+        std::array<bool, 256> t{};
+        t[static_cast<unsigned char>('\\')] = t[static_cast<unsigned char>('\t')] = true;
+        t[static_cast<unsigned char>('\n')] = t[0] = true;
+        return t;
+    }();
+    const char* p = text.data();
+    const char* end = p + text.size();
+    while (p != end) {
+        const char* run = p;
+        while (p != end && !special[static_cast<unsigned char>(*p)]) ++p;
+        out.append(run, p);
+        if (p == end) break;
+        char c = *p++;
+        out += '\\';
+        out += c == '\t' ? 't' : c == '\n' ? 'n' : c == '\0' ? '0' : c;
     }
 }
 
-} // namespace
+void AppendHex(std::string_view bytes, std::string& out) {
+    static const char hex[] = "0123456789ABCDEF";
+    size_t at = out.size();
+    out.resize(at + bytes.size() * 2);
+    char* q = out.data() + at;
+    for (unsigned char x : bytes) {
+        *q++ = hex[x >> 4];
+        *q++ = hex[x & 15];
+    }
+}
 
 void AppendLoadText(Kind k, const Variant& v, std::string& out) {
     if (v.IsNull() || v.IsEmpty()) {
@@ -145,18 +162,12 @@ void AppendLoadText(Kind k, const Variant& v, std::string& out) {
     }
     switch (k) {
     case Kind::Binary: case Kind::LongBinary: {
-        static const char hex[] = "0123456789ABCDEF";
         Bytes b = v.ToBytes();
-        size_t at = out.size();
-        out.resize(at + b.size() * 2);
-        for (uint8_t x : b) {
-            out[at++] = hex[x >> 4];
-            out[at++] = hex[x & 15];
-        }
+        AppendHex(std::string_view(reinterpret_cast<const char*>(b.data()), b.size()), out);
         return;
     }
     case Kind::Text: case Kind::LongText:
-        AppendEscaped(ToUtf8(v.ToString()), out);
+        AppendLoadEscaped(ToUtf8(v.ToString()), out);
         return;
     case Kind::Guid:
         out += ToUtf8(GuidText(v));
@@ -173,7 +184,7 @@ void AppendLoadText(Kind k, const Variant& v, std::string& out) {
         out += ToUtf8(ExactNumber(v));
         return;
     }
-    AppendEscaped(ToUtf8(v.ToString()), out);
+    AppendLoadEscaped(ToUtf8(v.ToString()), out);
 }
 
 void Normalise(Kind k, const Variant& v, std::string& out) {

@@ -20,6 +20,10 @@ String Literal(Engine e, Kind k, const Variant& v);
 // escaped, \N for Null, binary as hex digits (the load un-hexes them), the
 // rest as Literal writes them without quotes.
 void AppendLoadText(Kind k, const Variant& v, std::string& out);
+// The pieces of that text: bytes with backslash, tab, newline and NUL
+// escaped; bytes as upper-case hex digits.
+void AppendLoadEscaped(std::string_view text, std::string& out);
+void AppendHex(std::string_view bytes, std::string& out);
 
 // Appends the normal form of `v` as a column of kind `k` holds it: numbers
 // by value, text by code points, dates to the second, binary by bytes.

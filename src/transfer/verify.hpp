@@ -8,6 +8,7 @@ namespace zolsdk::transfer {
 struct TableSum {
     int64_t rows = 0;
     uint64_t sum = 0;
+    bool byText = false; // summed over the server's text (text_road.hpp)
 };
 
 // Streams the table (or key range) once.

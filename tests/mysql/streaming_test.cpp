@@ -53,6 +53,43 @@ TEST(MySqlStreaming, AResultStillArrivingLeavesTheConnectionFree) {
     EXPECT_EQ(sum, int64_t{199999} * 200000 / 2);
 }
 
+TEST(MySqlStreaming, TextRowsAreTheServersBytesAlsoWhenKeptAside) {
+    // The text of every value as the server sent it (NUL, a 4-byte
+    // character, binary bytes, Null), the same whether read off the wire or
+    // kept while another statement used the connection; a stream of values
+    // over the same rows decodes the same bytes.
+    auto c = ServerConnection();
+    const String sql =
+        u"SELECT seq, IF(seq % 3 = 0, NULL, CONCAT('a', CHAR(0 USING utf8mb4), '\U0001F600', seq)), UNHEX('00FF0A'), "
+        u"CAST('2020-01-02 03:04:05.25' AS DATETIME(2)) FROM seq_1_to_3000";
+    auto expect = [](int64_t n) {
+        return std::vector<std::string>{std::to_string(n),
+                                        n % 3 == 0 ? "<null>" : std::string("a\0\xF0\x9F\x98\x80", 6) + std::to_string(n),
+                                        std::string("\x00\xFF\n", 3), "2020-01-02 03:04:05.25"};
+    };
+    std::unique_ptr<Connection::TextStream> text = c->OpenTextStream(sql);
+    std::unique_ptr<Connection::RowStream> values;
+    TextRow row;
+    int64_t n = 0;
+    while (text->Next(row)) {
+        ++n;
+        ASSERT_EQ(row.columns, 4u);
+        std::vector<std::string> got;
+        for (size_t i = 0; i < row.columns; ++i)
+            got.push_back(row.values[i] ? std::string(row.values[i], row.lengths[i]) : "<null>");
+        ASSERT_EQ(got, expect(n)) << "row " << n;
+        // Half-way, a value stream opens on the same connection: the text
+        // stream's rest is kept aside and read from there.
+        if (n == 1000) values = c->OpenRowStream(sql);
+    }
+    EXPECT_EQ(n, 3000);
+    std::vector<Variant> v;
+    ASSERT_TRUE(values->Next(v));
+    ASSERT_TRUE(values->Next(v));
+    EXPECT_EQ(v[1].ToString(), String(u"a") + u'\0' + u"\U0001F600" + u"2");
+    EXPECT_EQ(v[2].ToBytes(), (Bytes{0x00, 0xFF, 0x0A}));
+}
+
 TEST(MySqlStreaming, StoppingAFetchEndsTheStatementAtOnce) {
     auto c = ServerConnection();
     // Fifty million rows: reading them all to the end would take minutes.

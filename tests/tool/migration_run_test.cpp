@@ -157,6 +157,29 @@ TEST(Migrate, ARunWhoseTargetDiesIsResumedWithNoRowMissingOrTwice) {
     std::remove(state.c_str());
 }
 
+TEST(Migrate, ATargetThatRefusesClientLoadsGetsEveryValueByInserts) {
+    // A server with local_infile off takes INSERTs of many rows instead:
+    // from the source's text (a table of plain types) and from values (a
+    // table with a BIT column), each value as the client reads it back.
+    OwnServer target({"--local-infile=0"});
+    Database source(kShared, "noload_src"), copy(target.server, "noload_dst");
+    source.Sql("CREATE TABLE plain (id INT PRIMARY KEY, s VARCHAR(30), t TEXT, b VARBINARY(8), d DATETIME(3), "
+               "z DATE, f FLOAT, x DECIMAL(30,10)) DEFAULT CHARSET utf8mb4;"
+               "INSERT INTO plain SELECT seq, CONCAT('it''s \\\\ ', seq, '\\t\\n'), REPEAT('\\0x', seq % 50), "
+               "UNHEX(CONCAT('00', HEX(seq))), '2020-01-01 00:00:00.125' + INTERVAL seq SECOND, "
+               "IF(seq % 7 = 0, '0000-00-00', '2020-02-29'), seq / 3, seq / 7 FROM seq_1_to_5000;"
+               "INSERT INTO plain VALUES (0, NULL, '', X'', NULL, NULL, 16777216, -0.0000000001);"
+               "CREATE TABLE withbits (id INT PRIMARY KEY, b BIT(3), s VARCHAR(10));"
+               "INSERT INTO withbits VALUES (1, b'101', 'a''\\\\b'), (2, NULL, NULL);");
+    Ran r = Zol({"migrate", "--from", source.Attrs(), "--to", copy.Attrs(), "--state", "/tmp/" + copy.name + ".state"});
+    EXPECT_EQ(r.exit, 0) << r.out << r.err;
+    EXPECT_NE(r.out.find("2 of 2 tables copied and verified"), std::string::npos) << r.out;
+    std::string judge = "SELECT COUNT(*), SUM(CRC32(CONCAT_WS('|', id, HEX(s), HEX(t), HEX(b), d, z, "
+                        "CAST(f AS DOUBLE), x, ISNULL(s), ISNULL(b), ISNULL(d)))) FROM plain";
+    EXPECT_EQ(copy.Sql(judge), source.Sql(judge));
+    EXPECT_EQ(copy.Sql("SELECT id, BIN(b), HEX(s) FROM withbits ORDER BY id"), "1\t101\t61275C62\n2\tNULL\tNULL\n");
+}
+
 TEST(Migrate, AHeldLockEndsTheRunWithinItsLockTimeout) {
     Database source(kShared, "lock_src"), copy(kShared, "lock_dst");
     source.Sql("CREATE TABLE t (id INT PRIMARY KEY, v INT); INSERT INTO t SELECT seq, seq FROM seq_1_to_100;");

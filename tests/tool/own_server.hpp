@@ -14,7 +14,8 @@ namespace zoltool {
 
 class OwnServer {
 public:
-    OwnServer() {
+    // `options` go to the server as they are ("--local-infile=0").
+    explicit OwnServer(std::vector<std::string> options = {}) : options_(std::move(options)) {
         dir_ = std::filesystem::temp_directory_path() / ("zol-own-server-" + std::to_string(::getpid()));
         std::filesystem::remove_all(dir_);
         std::filesystem::create_directories(dir_);
@@ -43,9 +44,13 @@ public:
             ::dup2(log, 2);
             std::string data = "--datadir=" + (dir_ / "data").string(), port = "--port=" + std::to_string(server.port),
                         socket = "--socket=" + Socket(), user = "--user=" + User();
-            ::execlp("mariadbd", "mariadbd", "--no-defaults", data.c_str(), port.c_str(), "--bind-address=127.0.0.1",
-                     socket.c_str(), user.c_str(), "--skip-log-bin", "--innodb-buffer-pool-size=64M",
-                     static_cast<char*>(nullptr));
+            std::vector<std::string> args = {"mariadbd", "--no-defaults", data, port, "--bind-address=127.0.0.1",
+                                             socket, user, "--skip-log-bin", "--innodb-buffer-pool-size=64M"};
+            args.insert(args.end(), options_.begin(), options_.end());
+            std::vector<char*> argv;
+            for (auto& a : args) argv.push_back(a.data());
+            argv.push_back(nullptr);
+            ::execvp("mariadbd", argv.data());
             ::_exit(127);
         }
         for (int i = 0; i < 300; ++i) {
@@ -85,6 +90,7 @@ private:
     }
 
     std::filesystem::path dir_;
+    std::vector<std::string> options_;
     pid_t pid_ = -1;
 };
 

@@ -48,6 +48,9 @@ public:
     virtual const std::vector<ColumnInfo>& Columns() const = 0;
     // Reads the next row into `row` (one Variant a column); false at the end.
     virtual bool Fetch(std::vector<Variant>& row) = 0;
+    // The next row as the store's own text (Connection::TextStream); only
+    // stores that send their values as text give it.
+    virtual bool FetchText(TextRow&) { throw ProviderFailure({{0, u"HYC00", u"This provider gives no text rows"}}); }
     // Asks a running statement to stop; may be called from another thread.
     virtual void Cancel() = 0;
 };

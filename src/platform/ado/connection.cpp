@@ -275,15 +275,20 @@ Ref<Recordset> Connection::ExecuteWith(const String& commandText, const std::vec
     });
 }
 
-namespace {
+namespace detail {
 
-class CursorStream final : public Connection::RowStream {
+// A statement's cursor read forward once, by values or by the store's text.
+class CursorStream final : public Connection::RowStream, public Connection::TextStream {
 public:
     CursorStream(std::shared_ptr<Backend> backend, std::unique_ptr<Cursor> cursor, Ref<ado::Errors> errors)
         : backend_(std::move(backend)), cursor_(std::move(cursor)), errors_(std::move(errors)) {}
     bool Next(std::vector<Variant>& row) override {
         if (!cursor_) return false;
         return Guarded(errors_.get(), [&] { return cursor_->Fetch(row); });
+    }
+    bool Next(TextRow& row) override {
+        if (!cursor_) return false;
+        return Guarded(errors_.get(), [&] { return cursor_->FetchText(row); });
     }
 
 private:
@@ -292,16 +297,24 @@ private:
     Ref<ado::Errors> errors_;
 };
 
-} // namespace
+} // namespace detail
 
-std::unique_ptr<Connection::RowStream> Connection::OpenRowStream(const String& statement) {
+std::unique_ptr<detail::CursorStream> Connection::OpenStream(const String& statement) {
     Backend& b = RequireOpen();
     ForgetFinishedFetches();
     return Guarded(errors_.get(), [&] {
         int64_t affected = 0;
         std::unique_ptr<Cursor> cursor = b.Execute(statement, {}, affected, commandTimeout_);
-        return std::make_unique<CursorStream>(backend_, std::move(cursor), errors_);
+        return std::make_unique<detail::CursorStream>(backend_, std::move(cursor), errors_);
     });
+}
+
+std::unique_ptr<Connection::RowStream> Connection::OpenRowStream(const String& statement) {
+    return OpenStream(statement);
+}
+
+std::unique_ptr<Connection::TextStream> Connection::OpenTextStream(const String& statement) {
+    return OpenStream(statement);
 }
 
 int64_t Connection::BulkLoad(const String& statement, const std::function<size_t(char*, size_t)>& feed) {

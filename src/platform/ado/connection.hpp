@@ -93,8 +93,17 @@ private:
     std::vector<Ref<Parameter>> items_;
 };
 
+// One row as the store sent it: `values[i]` and `lengths[i]` are a
+// column's bytes, `values[i]` null for Null.
+struct TextRow {
+    const char* const* values = nullptr;
+    const unsigned long* lengths = nullptr;
+    size_t columns = 0;
+};
+
 namespace detail {
 class Backend;
+class CursorStream;
 class AsyncFetch;
 }
 
@@ -170,6 +179,18 @@ public:
     };
     std::unique_ptr<RowStream> OpenRowStream(const String& statement);
 
+    // The rows of a statement as the store sent them, each value its own
+    // text (UTF-8 for text, the bytes themselves for binary values), for a
+    // caller that passes values on to the same kind of store unchanged.
+    // Only stores that send text give it (MySQL family); others raise.
+    class TextStream {
+    public:
+        virtual ~TextStream() = default;
+        // The next row into `row`, valid until the next call; false at the end.
+        virtual bool Next(TextRow& row) = 0;
+    };
+    std::unique_ptr<TextStream> OpenTextStream(const String& statement);
+
     // Runs a bulk-load statement whose rows the client sends (on MySQL-family
     // servers "LOAD DATA LOCAL INFILE ..."): `feed` fills the buffer it is
     // given and answers how many bytes it put there, 0 at the end. A warning
@@ -192,6 +213,7 @@ private:
     std::vector<std::weak_ptr<detail::AsyncFetch>> fetches_;
 
     detail::Backend& RequireOpen();
+    std::unique_ptr<detail::CursorStream> OpenStream(const String& statement);
     [[noreturn]] void Fail(int32_t number, StringView description);
     void ForgetFinishedFetches();
 };

@@ -150,6 +150,8 @@ public:
         : link_(std::move(link)), pool_(std::move(pool)), res_(res), gen_(link_->generation), fields_(std::move(fields)) {
         cols_.reserve(fields_.size());
         for (const ResultField& f : fields_) cols_.push_back(f.info);
+        cells_.resize(fields_.size());
+        lengths_.resize(fields_.size());
         link_->streaming = this;
     }
     ~MariaDbCursor() override {
@@ -168,14 +170,20 @@ public:
 
     bool Fetch(std::vector<Variant>& row) override {
         std::lock_guard<std::mutex> g(link_->lock);
-        if (!held_.empty()) {
-            row = std::move(held_.front());
-            held_.pop_front();
-            return true;
-        }
-        if (!res_) return false;
-        if (!Alive()) ThrowNotOpen();
-        return ReadRow(row);
+        if (!NextCells()) return false;
+        row.clear();
+        row.reserve(fields_.size());
+        for (size_t i = 0; i < fields_.size(); ++i) row.push_back(DecodeCell(fields_[i].kind, cells_[i], lengths_[i]));
+        return true;
+    }
+
+    bool FetchText(TextRow& row) override {
+        std::lock_guard<std::mutex> g(link_->lock);
+        if (!NextCells()) return false;
+        row.values = cells_.data();
+        row.lengths = lengths_.data();
+        row.columns = cells_.size();
+        return true;
     }
 
     // From any thread: asks the server to stop the statement from a second
@@ -206,8 +214,14 @@ public:
     // Another statement needs the connection: keep what is left of this
     // result. The caller holds the lock.
     void HoldRest() {
-        std::vector<Variant> row;
-        while (res_ && ReadRow(row)) held_.push_back(std::move(row));
+        while (res_ && ReadCells()) {
+            HeldRow h;
+            for (size_t i = 0; i < cells_.size(); ++i) {
+                h.lengths.push_back(cells_[i] ? static_cast<long>(lengths_[i]) : -1);
+                if (cells_[i]) h.bytes.append(cells_[i], lengths_[i]);
+            }
+            held_.push_back(std::move(h));
+        }
     }
 
 private:
@@ -217,15 +231,44 @@ private:
     uint64_t gen_;
     std::vector<ResultField> fields_;
     std::vector<ColumnInfo> cols_;
-    std::deque<std::vector<Variant>> held_;
+    // A row kept off the wire: its cells' bytes one after another, each
+    // cell's length (-1 for Null).
+    struct HeldRow {
+        std::string bytes;
+        std::vector<long> lengths;
+    };
+    std::deque<HeldRow> held_;
+    HeldRow current_;                   // the held row the cells point into
+    std::vector<const char*> cells_;    // the row being read: null for Null
+    std::vector<unsigned long> lengths_;
     std::atomic<bool> cancelled_{false};
     std::atomic<bool> ended_{false};
 
     bool Alive() const { return link_->db && link_->generation == gen_; }
     bool Streaming() const { return !ended_.load(); }
 
-    // Reads one row off the wire, or ends the result. The lock is held.
-    bool ReadRow(std::vector<Variant>& row) {
+    // Points the cells at the next row, held or off the wire. The lock is held.
+    bool NextCells() {
+        if (!held_.empty()) {
+            current_ = std::move(held_.front());
+            held_.pop_front();
+            size_t at = 0;
+            for (size_t i = 0; i < current_.lengths.size(); ++i) {
+                long n = current_.lengths[i];
+                cells_[i] = n < 0 ? nullptr : current_.bytes.data() + at;
+                lengths_[i] = n < 0 ? 0 : static_cast<unsigned long>(n);
+                at += n < 0 ? 0 : static_cast<size_t>(n);
+            }
+            return true;
+        }
+        if (!res_) return false;
+        if (!Alive()) ThrowNotOpen();
+        return ReadCells();
+    }
+
+    // Reads one row off the wire into the cells, or ends the result. The
+    // lock is held.
+    bool ReadCells() {
         MYSQL_ROW r = mysql_fetch_row(res_);
         if (!r) {
             unsigned err = mysql_errno(link_->db);
@@ -241,9 +284,8 @@ private:
             return false;
         }
         const unsigned long* lengths = mysql_fetch_lengths(res_);
-        row.clear();
-        row.reserve(fields_.size());
-        for (size_t i = 0; i < fields_.size(); ++i) row.push_back(DecodeCell(fields_[i].kind, r[i], lengths[i]));
+        cells_.assign(r, r + fields_.size());
+        lengths_.assign(lengths, lengths + fields_.size());
         return true;
     }
 

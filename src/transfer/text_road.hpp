@@ -1,0 +1,43 @@
+#pragma once
+// MariaDB to MariaDB with every column made with its source's own type:
+// each value goes from the text the source server sent to the text the
+// target server reads, never decoded into a library value and rendered
+// again. The server reads its own text back as the same value, so nothing
+// is lost (fractions of a second, zero dates and the odd value included)
+// and the client does no more than escape bytes. Both sides of the
+// verification hash the same lines.
+#include <atomic>
+#include <memory>
+
+#include "transfer/verify.hpp"
+
+namespace zolsdk::transfer {
+
+// Whether a table goes by text from `source` to `target`: both MariaDB and
+// every column of a type in the list of those whose text the server reads
+// back unchanged, made on the target with the source's own type.
+bool GoesByText(Engine source, Engine target, const TablePlan& t);
+
+// The table's (or key range's) rows as the server's text, on a session
+// whose time zone is UTC, so that a TIMESTAMP's text names one instant.
+std::unique_ptr<ado::Connection::TextStream> OpenTextRows(ado::Connection& c, const TablePlan& t,
+                                                          const KeyRange& range);
+
+// Appends the row as one line of the bulk load's text, in the form
+// AppendLoadText gives a row of values (binary columns as hex digits).
+void AppendTextLine(const std::vector<Kind>& kinds, const ado::TextRow& row, std::string& out);
+
+// The row hash of the text road: of its line.
+uint64_t TextLineHash(std::string_view line);
+
+// Streams the rows of `range` from `source` into `target` (a bulk load, or
+// INSERTs of many rows when the server refuses those); adds each row's hash
+// to `sent`. `tick(rows read)` is asked every so often whether to go on.
+// Answers the rows the target took.
+int64_t CopyByText(ado::Connection& source, ado::Connection& target, const TablePlan& t, const KeyRange& range,
+                   size_t batchBytes, TableSum& sent, const std::function<bool(int64_t)>& tick);
+
+// Checksum on the text road.
+TableSum TextChecksum(ado::Connection& c, const TablePlan& t, const KeyRange& range, const std::atomic<bool>* cancel);
+
+} // namespace zolsdk::transfer
