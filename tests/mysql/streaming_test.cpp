@@ -7,6 +7,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <charconv>
 #include <chrono>
 
 #include "mysql_fixture.hpp"
@@ -53,19 +54,31 @@ TEST(MySqlStreaming, AResultStillArrivingLeavesTheConnectionFree) {
     EXPECT_EQ(sum, int64_t{199999} * 200000 / 2);
 }
 
-TEST(MySqlStreaming, TextRowsAreTheServersBytesAlsoWhenKeptAside) {
-    // The text of every value as the server sent it (NUL, a 4-byte
-    // character, binary bytes, Null), the same whether read off the wire or
-    // kept while another statement used the connection; a stream of values
-    // over the same rows decodes the same bytes.
+TEST(MySqlStreaming, TextRowsCarryEveryValueAlsoWhenKeptAside) {
+    // Every value as text the server reads back as the same value: texts and
+    // bytes as sent (NUL, a 4-byte character, megabytes), numbers, dates and
+    // times written out by the client from the server's binary form, Null as
+    // null; the same whether read off the wire or kept while another
+    // statement used the connection.
     auto c = ServerConnection();
     const String sql =
         u"SELECT seq, IF(seq % 3 = 0, NULL, CONCAT('a', CHAR(0 USING utf8mb4), '\U0001F600', seq)), UNHEX('00FF0A'), "
-        u"CAST('2020-01-02 03:04:05.25' AS DATETIME(2)) FROM seq_1_to_3000";
-    auto expect = [](int64_t n) {
+        u"CAST('2020-01-02 03:04:05.25' AS DATETIME(2)), IF(seq % 1000 = 2, REPEAT('z', 3000000), 'short'), "
+        u"CAST(SEC_TO_TIME(-seq) AS TIME(1)), 16777216 * (seq = 1) + seq / 4e0 FROM seq_1_to_3000";
+    auto Two = [](int64_t v) { return (v < 10 ? "0" : "") + std::to_string(v); };
+    auto Shortest = [](double d) {
+        char buf[32];
+        return std::string(buf, std::to_chars(buf, buf + sizeof buf, d).ptr);
+    };
+    auto expect = [&](int64_t n) {
         return std::vector<std::string>{std::to_string(n),
                                         n % 3 == 0 ? "<null>" : std::string("a\0\xF0\x9F\x98\x80", 6) + std::to_string(n),
-                                        std::string("\x00\xFF\n", 3), "2020-01-02 03:04:05.25"};
+                                        std::string("\x00\xFF\n", 3), "2020-01-02 03:04:05.25",
+                                        // A value of megabytes between short ones.
+                                        n % 1000 == 2 ? std::string(3000000, 'z') : "short",
+                                        "-00:" + Two(n / 60) + ":" + Two(n % 60) + ".0",
+                                        // A double in its shortest exact text.
+                                        Shortest((n == 1 ? 16777216 : 0) + n / 4.0)};
     };
     std::unique_ptr<Connection::TextStream> text = c->OpenTextStream(sql);
     std::unique_ptr<Connection::RowStream> values;
@@ -73,7 +86,7 @@ TEST(MySqlStreaming, TextRowsAreTheServersBytesAlsoWhenKeptAside) {
     int64_t n = 0;
     while (text->Next(row)) {
         ++n;
-        ASSERT_EQ(row.columns, 4u);
+        ASSERT_EQ(row.columns, 7u);
         std::vector<std::string> got;
         for (size_t i = 0; i < row.columns; ++i)
             got.push_back(row.values[i] ? std::string(row.values[i], row.lengths[i]) : "<null>");

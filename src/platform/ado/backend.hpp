@@ -71,6 +71,11 @@ public:
         int64_t affected = 0;
         return Execute(sql, {}, affected, timeout);
     }
+    // A statement whose rows are read by FetchText (Connection::OpenTextStream).
+    virtual std::unique_ptr<Cursor> ExecuteForText(const String& sql, int32_t timeout) {
+        int64_t affected = 0;
+        return Execute(sql, {}, affected, timeout);
+    }
     // A bulk load fed by the client (Connection::BulkLoad); the rows taken.
     virtual int64_t BulkLoad(const String&, const std::function<size_t(char*, size_t)>&) {
         throw ProviderFailure({{0, u"HYC00", u"This provider takes no bulk load"}});

@@ -299,22 +299,23 @@ private:
 
 } // namespace detail
 
-std::unique_ptr<detail::CursorStream> Connection::OpenStream(const String& statement) {
+std::unique_ptr<detail::CursorStream> Connection::OpenStream(const String& statement, bool asText) {
     Backend& b = RequireOpen();
     ForgetFinishedFetches();
     return Guarded(errors_.get(), [&] {
         int64_t affected = 0;
-        std::unique_ptr<Cursor> cursor = b.Execute(statement, {}, affected, commandTimeout_);
+        std::unique_ptr<Cursor> cursor = asText ? b.ExecuteForText(statement, commandTimeout_)
+                                                : b.Execute(statement, {}, affected, commandTimeout_);
         return std::make_unique<detail::CursorStream>(backend_, std::move(cursor), errors_);
     });
 }
 
 std::unique_ptr<Connection::RowStream> Connection::OpenRowStream(const String& statement) {
-    return OpenStream(statement);
+    return OpenStream(statement, false);
 }
 
 std::unique_ptr<Connection::TextStream> Connection::OpenTextStream(const String& statement) {
-    return OpenStream(statement);
+    return OpenStream(statement, true);
 }
 
 int64_t Connection::BulkLoad(const String& statement, const std::function<size_t(char*, size_t)>& feed) {

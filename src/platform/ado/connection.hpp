@@ -179,10 +179,10 @@ public:
     };
     std::unique_ptr<RowStream> OpenRowStream(const String& statement);
 
-    // The rows of a statement as the store sent them, each value its own
-    // text (UTF-8 for text, the bytes themselves for binary values), for a
-    // caller that passes values on to the same kind of store unchanged.
-    // Only stores that send text give it (MySQL family); others raise.
+    // The rows of a statement as text the store reads back as the same
+    // values (UTF-8 for text, the bytes themselves for binary values), for
+    // a caller that passes values on to the same kind of store unchanged.
+    // Only stores of the MySQL family give it; others raise.
     class TextStream {
     public:
         virtual ~TextStream() = default;
@@ -213,7 +213,7 @@ private:
     std::vector<std::weak_ptr<detail::AsyncFetch>> fetches_;
 
     detail::Backend& RequireOpen();
-    std::unique_ptr<detail::CursorStream> OpenStream(const String& statement);
+    std::unique_ptr<detail::CursorStream> OpenStream(const String& statement, bool asText);
     [[noreturn]] void Fail(int32_t number, StringView description);
     void ForgetFinishedFetches();
 };

@@ -24,6 +24,7 @@
 #include <functional>
 
 #include "platform/ado/backend.hpp"
+#include "platform/ado/mariadb/binary_rows.hpp"
 #include "platform/ado/mariadb/login.hpp"
 #include "platform/ado/mariadb/result_fields.hpp"
 #include "platform/ado/mariadb/statement_text.hpp"
@@ -154,6 +155,11 @@ public:
         lengths_.resize(fields_.size());
         link_->streaming = this;
     }
+    // A statement read in the server's binary form (BinaryRows).
+    MariaDbCursor(std::shared_ptr<Link> link, std::unique_ptr<BinaryRows> rows, std::shared_ptr<StreamPool> pool = nullptr)
+        : MariaDbCursor(std::move(link), nullptr, rows->Fields(), std::move(pool)) {
+        binary_ = std::move(rows);
+    }
     ~MariaDbCursor() override {
         if (!Streaming()) {
             std::lock_guard<std::mutex> g(link_->lock);
@@ -203,10 +209,9 @@ public:
     // The connection closes under a result still arriving: stop the
     // statement and let go of the result first. The caller holds the lock.
     void Abandon() {
-        if (!res_) return;
+        if (!Reading()) return;
         Cancel();
-        mysql_free_result(res_);
-        res_ = nullptr;
+        CloseResult();
         ended_ = true;
         link_->streaming = nullptr;
     }
@@ -214,7 +219,7 @@ public:
     // Another statement needs the connection: keep what is left of this
     // result. The caller holds the lock.
     void HoldRest() {
-        while (res_ && ReadCells()) {
+        while (Reading() && ReadCells()) {
             HeldRow h;
             for (size_t i = 0; i < cells_.size(); ++i) {
                 h.lengths.push_back(cells_[i] ? static_cast<long>(lengths_[i]) : -1);
@@ -227,7 +232,8 @@ public:
 private:
     std::shared_ptr<Link> link_;
     std::shared_ptr<StreamPool> pool_; // set when the link is a background connection
-    MYSQL_RES* res_;
+    MYSQL_RES* res_;                    // the rows as the server's text, or
+    std::unique_ptr<BinaryRows> binary_; // in its binary form
     uint64_t gen_;
     std::vector<ResultField> fields_;
     std::vector<ColumnInfo> cols_;
@@ -261,7 +267,7 @@ private:
             }
             return true;
         }
-        if (!res_) return false;
+        if (!Reading()) return false;
         if (!Alive()) ThrowNotOpen();
         return ReadCells();
     }
@@ -269,39 +275,58 @@ private:
     // Reads one row off the wire into the cells, or ends the result. The
     // lock is held.
     bool ReadCells() {
-        MYSQL_ROW r = mysql_fetch_row(res_);
-        if (!r) {
-            unsigned err = mysql_errno(link_->db);
-            bool interrupted = cancelled_ && (err == ER_QUERY_INTERRUPTED || err == ER_STATEMENT_TIMEOUT);
-            if (err && !interrupted) {
-                // A lost server or a refusal half-way is a failure, never
-                // the end of a short table.
-                ProviderFailure failure = Failure();
-                Finish();
-                throw failure;
+        if (binary_) {
+            BinaryRows::Fetched got = binary_->Fetch();
+            if (got == BinaryRows::Fetched::Row) {
+                cells_.assign(binary_->Cells(), binary_->Cells() + fields_.size());
+                lengths_.assign(binary_->Lengths(), binary_->Lengths() + fields_.size());
+                return true;
             }
-            Finish();
-            return false;
+            return Ended(got == BinaryRows::Fetched::Failed ? binary_->Errno() : 0);
         }
+        MYSQL_ROW r = mysql_fetch_row(res_);
+        if (!r) return Ended(mysql_errno(link_->db));
         const unsigned long* lengths = mysql_fetch_lengths(res_);
         cells_.assign(r, r + fields_.size());
         lengths_.assign(lengths, lengths + fields_.size());
         return true;
     }
 
+    // No more rows came, with the server's error number `err` (0 for none).
+    bool Ended(unsigned err) {
+        bool interrupted = cancelled_ && (err == ER_QUERY_INTERRUPTED || err == ER_STATEMENT_TIMEOUT);
+        if (err && !interrupted) {
+            // A lost server or a refusal half-way is a failure, never the
+            // end of a short table.
+            ProviderFailure failure = Failure();
+            Finish();
+            throw failure;
+        }
+        Finish();
+        return false;
+    }
+
     ProviderFailure Failure() const {
         ProviderError e;
-        e.native = static_cast<int32_t>(mysql_errno(link_->db));
-        e.sqlState = FromUtf8(mysql_sqlstate(link_->db));
-        e.message = FromUtf8(mysql_error(link_->db));
+        e.native = static_cast<int32_t>(binary_ ? binary_->Errno() : mysql_errno(link_->db));
+        e.sqlState = FromUtf8(binary_ ? binary_->SqlState() : mysql_sqlstate(link_->db));
+        e.message = FromUtf8(binary_ ? binary_->Error() : mysql_error(link_->db));
         return ProviderFailure({std::move(e)});
+    }
+
+    bool Reading() const { return res_ || binary_; }
+
+    // Lets go of the result (reading what a stopped statement still sent).
+    void CloseResult() {
+        if (res_) mysql_free_result(res_);
+        res_ = nullptr;
+        binary_.reset();
     }
 
     // The result is read to its end: free it and ready the connection.
     void Finish() {
-        if (!res_) return;
-        mysql_free_result(res_);
-        res_ = nullptr;
+        if (!Reading()) return;
+        CloseResult();
         ended_ = true;
         if (link_->streaming == this) link_->streaming = nullptr;
         if (Alive()) {
@@ -323,12 +348,12 @@ private:
 
     // The lock is held.
     void Release() {
-        if (res_ && Alive()) {
-            mysql_free_result(res_); // reads what the stopped statement still sent
-            res_ = nullptr;
+        if (Reading() && Alive()) {
+            CloseResult();
             SkipMoreResults(link_->db);
         }
         res_ = nullptr;
+        binary_.reset();
         ended_ = true;
         if (link_->streaming == this) link_->streaming = nullptr;
         held_.clear();
@@ -477,6 +502,21 @@ public:
         if (!link_->db) ThrowNotOpen();
         if (link_->streaming) link_->streaming->HoldRest();
         return Run(link_, StatementText(link_->db, sql, params), affected, nullptr);
+    }
+
+    // Read in the server's binary form: the server writes no number or date
+    // out as text, and FetchText gives them as text the server reads back.
+    std::unique_ptr<Cursor> ExecuteForText(const String& sql, int32_t) override {
+        std::lock_guard<std::mutex> g(link_->lock);
+        if (!link_->db) ThrowNotOpen();
+        if (link_->streaming) link_->streaming->HoldRest();
+        auto rows = std::make_unique<BinaryRows>(link_->db, StatementText(link_->db, sql, {}));
+        if (!rows->Started()) {
+            ProviderError e{static_cast<int32_t>(rows->Errno()), FromUtf8(rows->SqlState()), FromUtf8(rows->Error())};
+            throw ProviderFailure({std::move(e)});
+        }
+        if (rows->Fields().empty()) return nullptr;
+        return std::make_unique<MariaDbCursor>(link_, std::move(rows));
     }
 
     std::unique_ptr<Cursor> ExecuteInBackground(const String& sql, int32_t) override {
