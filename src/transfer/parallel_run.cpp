@@ -43,7 +43,13 @@ struct TableWork {
     std::vector<bool> clearFirst;       // a range an earlier run may have half-copied
     std::vector<std::optional<TableResult>> done; // per range; set when verified earlier or finished now
     std::vector<int64_t> rowsSoFar;     // per range, for progress
-    size_t pending = 0;
+    size_t pending = 0;                 // ranges not yet verified
+    size_t unstarted = 0;               // ranges no worker has taken yet
+    size_t uncopied = 0;                // ranges not yet copied
+    bool copyFailed = false;            // a range did not arrive
+    bool lateIndexes = false;           // indexes to build once the rows are in
+    // The late indexes built while the last ranges are verified.
+    enum class Build { NotYet, Running, Failed, Done } build = Build::NotYet;
     Clock::time_point started;
     TableResult made;                   // the table's making (its changes)
 };
@@ -51,7 +57,7 @@ struct TableWork {
 class Scheduler {
 public:
     Scheduler(const Plan& plan, const Options& o, const ParallelOptions& p, ResumeState* state)
-        : plan_(plan), o_(o), p_(p), state_(state), tables_(plan.tables.size()) {
+        : plan_(plan), o_(o), p_(p), state_(state), tables_(plan.tables.size()), held_(plan.tables.size()) {
         for (size_t i = 0; i < plan.tables.size(); ++i) {
             tables_[i].plan = &plan.tables[i];
             waiting_.push_back(i);
@@ -74,6 +80,7 @@ public:
         }
         wake_.notify_all();
         for (auto& v : verifiers) v.join();
+        for (auto& b : builders_) b.join();
         for (TableWork& t : tables_) report_.tables.push_back(std::move(t.made));
         return std::move(report_);
     }
@@ -88,7 +95,12 @@ private:
         Task task;
         TableResult result;
         TableSum sent;
+        Clock::time_point notBefore{}; // lets an index build take its locks first
     };
+    // How long the last checks of a table wait after its index build is
+    // sent: the build takes its exclusive lock first and the reads then go
+    // on beside it, instead of the build waiting for every read.
+    static constexpr std::chrono::milliseconds kBuildLead{100};
 
     bool Cancelled() const { return o_.cancel && o_.cancel->load(); }
 
@@ -99,6 +111,7 @@ private:
             if (!ranges_.empty()) {
                 Task task = ranges_.front();
                 ranges_.pop_front();
+                --tables_[task.table].unstarted;
                 lock.unlock();
                 CopyRange(task);
             } else if (!waiting_.empty()) {
@@ -185,11 +198,13 @@ private:
             p_.tableStarted(t.name, w.rows);
         }
         std::unique_lock lock(mutex_);
+        w.lateIndexes = !verifyInline_ && HasLateIndexes(plan_.target, t);
         for (size_t i = 0; i < w.ranges.size(); ++i)
             if (!w.done[i]) {
                 ranges_.push_back({index, i});
                 ++w.pending;
             }
+        w.unstarted = w.uncopied = w.pending;
         wake_.notify_all();
         if (w.pending == 0) {
             lock.unlock();
@@ -229,6 +244,7 @@ private:
         const TablePlan& t = *w.plan;
         const KeyRange& range = w.ranges[task.range];
         TableResult r;
+        TableSum sent;
         if (Cancelled()) {
             r.outcome = Outcome::Cancelled;
             r.failure = u"cancelled";
@@ -248,30 +264,78 @@ private:
                     r.failure = u"the rows of an earlier try could not be cleared: " + Describe(e);
                 }
             }
-            if (cleared) {
-                TableSum sent;
-                r = CopyUnverified(plan_, t, o, range, sent);
-                if (ToVerify(plan_, o_, r) && !verifyInline_) {
-                    // Verified by a verifier while this worker copies on.
-                    std::lock_guard lock(mutex_);
-                    checks_.push_back({task, std::move(r), sent});
-                    wake_.notify_all();
-                    return;
-                }
-                if (ToVerify(plan_, o_, r)) VerifyCopy(plan_, t, o_, range, sent, r);
+            if (cleared) r = CopyUnverified(plan_, t, o, range, sent);
+        }
+        bool toVerify = ToVerify(plan_, o_, r);
+        bool arrived = r.outcome == Outcome::Created || r.outcome == Outcome::Mismatch;
+        std::unique_lock lock(mutex_);
+        --w.uncopied;
+        if (!arrived) w.copyFailed = true;
+        if (toVerify && !verifyInline_) {
+            // Verified by a verifier while this worker copies on; the last
+            // ones of a table with indexes to build wait for the build.
+            Check c{task, std::move(r), sent};
+            if (w.lateIndexes && !w.copyFailed && w.build == TableWork::Build::NotYet && w.unstarted == 0)
+                held_[task.table].push_back(std::move(c));
+            else
+                checks_.push_back(std::move(c));
+        }
+        if (w.uncopied == 0 && w.build == TableWork::Build::NotYet) {
+            if (w.lateIndexes && !w.copyFailed) {
+                w.build = TableWork::Build::Running;
+                ++building_;
+                builders_.emplace_back([this, index = task.table] { BuildLateIndexes(index); });
+            } else {
+                ReleaseHeld(task.table, Clock::now());
             }
         }
+        wake_.notify_all();
+        if (toVerify && !verifyInline_) return;
+        lock.unlock();
+        if (toVerify) VerifyCopy(plan_, t, o_, range, sent, r);
         RangeDone(task, std::move(r));
+    }
+
+    // The held checks of a table go to the verifiers. mutex_ is held.
+    void ReleaseHeld(size_t table, Clock::time_point notBefore) {
+        for (Check& c : held_[table]) {
+            c.notBefore = notBefore;
+            checks_.push_back(std::move(c));
+        }
+        held_[table].clear();
+        wake_.notify_all();
+    }
+
+    // Builds a table's late indexes once its last range is copied, while
+    // its last ranges are verified.
+    void BuildLateIndexes(size_t index) {
+        TableWork& w = tables_[index];
+        auto release = [this, index] {
+            std::lock_guard lock(mutex_);
+            ReleaseHeld(index, Clock::now() + kBuildLead);
+        };
+        String failure = AddLateIndexes(plan_, *w.plan, o_, release);
+        release(); // nothing to build, or a failure before the build
+        std::unique_lock lock(mutex_);
+        // A failure here (a lock the reads held too long, say) is tried
+        // again once the rows are verified.
+        w.build = failure.empty() ? TableWork::Build::Done : TableWork::Build::Failed;
+        --building_;
+        wake_.notify_all();
+        if (w.pending != 0) return;
+        lock.unlock();
+        Arrived(w);
     }
 
     void VerifyWork() {
         for (;;) {
             std::unique_lock lock(mutex_);
-            wake_.wait(lock, [this] { return !checks_.empty() || workersDone_; });
+            wake_.wait(lock, [this] { return !checks_.empty() || (workersDone_ && building_ == 0); });
             if (checks_.empty()) return;
             Check c = std::move(checks_.front());
             checks_.pop_front();
             lock.unlock();
+            std::this_thread::sleep_until(c.notBefore);
             TableWork& w = tables_[c.task.table];
             VerifyCopy(plan_, *w.plan, o_, w.ranges[c.task.range], c.sent, c.result);
             RangeDone(c.task, std::move(c.result));
@@ -284,18 +348,20 @@ private:
             state_->RangeVerified(w.plan->name, static_cast<int32_t>(task.range), r.rowsWritten);
         std::unique_lock lock(mutex_);
         w.done[task.range] = std::move(r);
-        if (--w.pending != 0) return;
+        if (--w.pending != 0 || w.build == TableWork::Build::Running) return;
         lock.unlock();
         Arrived(w);
     }
 
     // Every range has an end: the indexes left for after the rows are
-    // built (without holding up the other workers), then the table's result.
+    // built (without holding up the other workers) unless built already,
+    // then the table's result.
     void Arrived(TableWork& w) {
         bool allIn = true;
         for (const auto& d : w.done)
             allIn = allIn && (d->outcome == Outcome::Verified || d->outcome == Outcome::Created);
-        String failure = allIn ? AddLateIndexes(plan_, *w.plan, o_) : String();
+        String failure;
+        if (allIn && w.build != TableWork::Build::Done) failure = AddLateIndexes(plan_, *w.plan, o_);
         std::lock_guard lock(mutex_);
         Complete(w, failure);
     }
@@ -388,6 +454,9 @@ private:
     std::deque<size_t> waiting_;   // tables not yet prepared
     std::deque<Task> ranges_;      // ranges ready to copy
     std::deque<Check> checks_;     // ranges copied, to verify
+    std::vector<std::vector<Check>> held_; // per table: checks waiting for its index build
+    std::vector<std::thread> builders_;    // index builds beside the verifiers
+    int building_ = 0;                     // builds at work
     bool workersDone_ = false;     // no more ranges will be copied
     bool verifyInline_ = false;    // workers verify their own copies
     int preparing_ = 0;

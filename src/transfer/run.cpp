@@ -122,12 +122,16 @@ TableResult CreateForRows(const Plan& plan, const TablePlan& t, const Options& o
     return Create(plan, t, o, !o.schemaOnly);
 }
 
-String AddLateIndexes(const Plan& plan, const TablePlan& t, const Options& o) {
+bool HasLateIndexes(Engine target, const TablePlan& t) {
+    for (const IndexPlan& x : t.indexes)
+        if (IndexAfterRows(target, t, x)) return true;
+    return false;
+}
+
+String AddLateIndexes(const Plan& plan, const TablePlan& t, const Options& o, const std::function<void()>& starting) {
     try {
         Endpoint dst = OpenEndpoint(plan.to);
-        bool any = false;
-        for (const IndexPlan& x : t.indexes) any = any || IndexAfterRows(dst.engine, t, x);
-        if (!any) return {};
+        if (!HasLateIndexes(dst.engine, t)) return {};
         Ref<ado::Connection> c = Connect(dst, o.lockTimeoutSeconds);
         std::vector<String> existing;
         int32_t n = 0;
@@ -137,7 +141,10 @@ String AddLateIndexes(const Plan& plan, const TablePlan& t, const Options& o) {
             rs->MoveNext();
         }
         String sql = AddIndexesSql(dst.engine, t, existing);
-        if (!sql.empty()) Run(*c, sql);
+        if (!sql.empty()) {
+            if (starting) starting();
+            Run(*c, sql);
+        }
         c->Close();
         return {};
     } catch (const std::exception& e) {

@@ -2,6 +2,8 @@
 // The steps of a run beside the public ones: a table's secondary indexes
 // built after its rows (on MariaDB: one sorted build instead of upkeep row
 // by row), and a copy whose verification may run while the next copy does.
+#include <functional>
+
 #include "transfer/verify.hpp"
 #include "zolsdk/transfer/transfer.hpp"
 
@@ -13,7 +15,11 @@ TableResult CreateForRows(const Plan& plan, const TablePlan& table, const Option
 
 // Adds the indexes CreateForRows left out (those an earlier run added are
 // kept); the server's text when they could not be made, empty when done.
-String AddLateIndexes(const Plan& plan, const TablePlan& table, const Options& options);
+// `starting` is called just before the statement that builds them is sent.
+String AddLateIndexes(const Plan& plan, const TablePlan& table, const Options& options,
+                      const std::function<void()>& starting = {});
+// Whether the table has indexes CreateForRows leaves for after its rows.
+bool HasLateIndexes(Engine target, const TablePlan& table);
 
 // CopyRows without the verification: the rows copied (outcome Created, or
 // why not) and the source's sum of the rows as they went by, for VerifyCopy.
