@@ -1,6 +1,5 @@
 #include "transfer/values.hpp"
 
-#include <array>
 #include <charconv>
 #include <cstring>
 
@@ -123,20 +122,28 @@ String Literal(Engine e, Kind k, const Variant& v) {
     }
 }
 
+namespace {
+
+// Whether any of the eight bytes of `w` is `b` (the zero-byte test on w ^ b).
+constexpr uint64_t HasByte(uint64_t w, uint8_t b) {
+    uint64_t x = w ^ (0x0101010101010101ull * b);
+    return (x - 0x0101010101010101ull) & ~x & 0x8080808080808080ull;
+}
+
+} // namespace
+
 void AppendLoadEscaped(std::string_view text, std::string& out) {
-    // Runs without a byte to escape are copied whole.
-    static constexpr auto special = [] {
-        std::array<bool, 256> t{};
-        t[static_cast<unsigned char>('\\')] = t[static_cast<unsigned char>('\t')] = true;
-        t[static_cast<unsigned char>('\n')] = t[0] = true;
-        return t;
-    }();
     const char* p = text.data();
     const char* end = p + text.size();
     while (p != end) {
+        // Runs without a byte to escape are copied whole, found eight bytes a step.
         const char* run = p;
-        while (p != end && !special[static_cast<unsigned char>(*p)]) ++p;
-        out.append(run, p);
+        for (uint64_t w; end - p >= 8; p += 8) {
+            std::memcpy(&w, p, 8);
+            if (HasByte(w, '\\') | HasByte(w, '\t') | HasByte(w, '\n') | HasByte(w, 0)) break;
+        }
+        while (p != end && *p != '\\' && *p != '\t' && *p != '\n' && *p != '\0') ++p;
+        out.append(run, static_cast<size_t>(p - run));
         if (p == end) break;
         char c = *p++;
         out += '\\';

@@ -99,3 +99,27 @@ TEST(TransferStatements, NormalFormsCompareValuesNotTheirCarriers) {
     };
     for (const auto& d : differ) EXPECT_NE(Normal(d.kind, d.a), Normal(d.kind, d.b)) << KindName(d.kind);
 }
+
+TEST(TransferStatements, LoadTextEscapesEachSpecialByteWhereverItStands) {
+    // Each byte the load reads specially (backslash, tab, newline, NUL), and
+    // bytes next to them that it does not (0x5B, 0x08, 0x0B, 0x01, 0xDC),
+    // at every place of texts around the eight bytes looked at a step.
+    const std::string specials("\\\t\n\0\x5B\x08\x0B\x01\xDC", 9);
+    for (size_t length = 1; length <= 20; ++length)
+        for (size_t at = 0; at < length; ++at)
+            for (char special : specials) {
+                std::string text(length, 'a');
+                text[at] = special;
+                std::string want;
+                for (char c : text) {
+                    if (c == '\\' || c == '\t' || c == '\n' || c == '\0') want += '\\';
+                    want += c == '\t' ? 't' : c == '\n' ? 'n' : c == '\0' ? '0' : c;
+                }
+                std::string got = "x";
+                AppendLoadEscaped(text, got);
+                ASSERT_EQ(got, "x" + want) << "length " << length << ", byte " << int(special) << " at " << at;
+            }
+    std::string all;
+    AppendLoadEscaped(std::string("\\\\\t\t\n\n\0\0", 8), all);
+    EXPECT_EQ(all, "\\\\\\\\\\t\\t\\n\\n\\0\\0");
+}
