@@ -75,6 +75,23 @@ unsigned BinaryRows::Errno() const { return stmt_ ? mysql_stmt_errno(stmt_) : CR
 const char* BinaryRows::SqlState() const { return stmt_ ? mysql_stmt_sqlstate(stmt_) : "HY001"; }
 const char* BinaryRows::Error() const { return stmt_ ? mysql_stmt_error(stmt_) : "out of memory"; }
 
+// Integers of every width as 64 bits, dates and times as their parts,
+// everything else (texts, decimals, bytes) as the bytes sent.
+BinaryRows::Binding BinaryRows::BindingOf(const MYSQL_FIELD& f) {
+    constexpr size_t kTime = sizeof(MYSQL_TIME);
+    switch (f.type) {
+    case MYSQL_TYPE_TINY: case MYSQL_TYPE_SHORT: case MYSQL_TYPE_INT24: case MYSQL_TYPE_LONG: case MYSQL_TYPE_LONGLONG:
+        return {(f.flags & UNSIGNED_FLAG) ? Form::Unsigned : Form::Signed, MYSQL_TYPE_LONGLONG, sizeof(long long)};
+    case MYSQL_TYPE_YEAR: return {Form::Year, MYSQL_TYPE_LONGLONG, sizeof(long long)};
+    case MYSQL_TYPE_FLOAT: return {Form::Float, MYSQL_TYPE_FLOAT, sizeof(float)};
+    case MYSQL_TYPE_DOUBLE: return {Form::Double, MYSQL_TYPE_DOUBLE, sizeof(double)};
+    case MYSQL_TYPE_DATE: case MYSQL_TYPE_NEWDATE: return {Form::Date, MYSQL_TYPE_DATE, kTime};
+    case MYSQL_TYPE_DATETIME: case MYSQL_TYPE_TIMESTAMP: return {Form::DateTime, MYSQL_TYPE_DATETIME, kTime};
+    case MYSQL_TYPE_TIME: return {Form::Time, MYSQL_TYPE_TIME, kTime};
+    default: return {Form::Bytes, MYSQL_TYPE_STRING, std::clamp<size_t>(f.length + 1, 64, 4096)};
+    }
+}
+
 void BinaryRows::Bind(const MYSQL_FIELD* fields, unsigned count) {
     columns_.resize(count);
     binds_.assign(count, MYSQL_BIND{});
@@ -87,53 +104,12 @@ void BinaryRows::Bind(const MYSQL_FIELD* fields, unsigned count) {
         Column& c = columns_[i];
         MYSQL_BIND& b = binds_[i];
         c.decimals = f.decimals;
-        bool isUnsigned = (f.flags & UNSIGNED_FLAG) != 0;
-        switch (f.type) {
-        case MYSQL_TYPE_TINY: case MYSQL_TYPE_SHORT: case MYSQL_TYPE_INT24: case MYSQL_TYPE_LONG:
-        case MYSQL_TYPE_LONGLONG:
-            c.form = isUnsigned ? Form::Unsigned : Form::Signed;
-            b.buffer_type = MYSQL_TYPE_LONGLONG;
-            b.is_unsigned = isUnsigned;
-            c.buffer.resize(sizeof(long long));
-            break;
-        case MYSQL_TYPE_YEAR:
-            c.form = Form::Year;
-            b.buffer_type = MYSQL_TYPE_LONGLONG;
-            c.buffer.resize(sizeof(long long));
-            break;
-        case MYSQL_TYPE_FLOAT:
-            c.form = Form::Float;
-            b.buffer_type = MYSQL_TYPE_FLOAT;
-            c.buffer.resize(sizeof(float));
-            break;
-        case MYSQL_TYPE_DOUBLE:
-            c.form = Form::Double;
-            b.buffer_type = MYSQL_TYPE_DOUBLE;
-            c.buffer.resize(sizeof(double));
-            break;
-        case MYSQL_TYPE_DATE: case MYSQL_TYPE_NEWDATE:
-            c.form = Form::Date;
-            b.buffer_type = MYSQL_TYPE_DATE;
-            c.buffer.resize(sizeof(MYSQL_TIME));
-            break;
-        case MYSQL_TYPE_DATETIME: case MYSQL_TYPE_TIMESTAMP:
-            c.form = Form::DateTime;
-            b.buffer_type = MYSQL_TYPE_DATETIME;
-            c.buffer.resize(sizeof(MYSQL_TIME));
-            break;
-        case MYSQL_TYPE_TIME:
-            c.form = Form::Time;
-            b.buffer_type = MYSQL_TYPE_TIME;
-            c.buffer.resize(sizeof(MYSQL_TIME));
-            break;
-        default:
-            // Texts, decimals, bytes: as sent.
-            c.form = Form::Bytes;
-            b.buffer_type = MYSQL_TYPE_STRING;
-            c.first = std::clamp<size_t>(f.length + 1, 64, 4096);
-            c.buffer.resize(c.first);
-            break;
-        }
+        Binding how = BindingOf(f);
+        c.form = how.form;
+        b.buffer_type = how.bound;
+        b.is_unsigned = how.form == Form::Unsigned;
+        c.first = how.bytes;
+        c.buffer.resize(how.bytes);
         b.buffer = c.buffer.data();
         b.buffer_length = static_cast<unsigned long>(c.buffer.size());
         b.length = &c.length;

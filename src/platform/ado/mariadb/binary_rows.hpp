@@ -60,6 +60,12 @@ private:
     std::vector<const char*> cells_;
     std::vector<unsigned long> lengths_;
 
+    struct Binding {
+        Form form;
+        enum_field_types bound; // the type the value is fetched as
+        size_t bytes;           // the buffer's first size
+    };
+    static Binding BindingOf(const MYSQL_FIELD& field);
     void Bind(const MYSQL_FIELD* fields, unsigned count);
     bool FetchLong(size_t column);
 };
