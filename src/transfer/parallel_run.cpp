@@ -221,7 +221,7 @@ private:
         if (plan_.source != Engine::Xml && plan_.target != Engine::Xml) {
             Endpoint src = OpenEndpoint(plan_.from);
             Ref<ado::Connection> c = Connect(src, o_.lockTimeoutSeconds);
-            w.rows = CountRows(*c, src.engine, t);
+            w.rows = RowsAbout(*c, src.engine, t, p_.splitAbove);
             if (kind && w.rows > p_.splitAbove) {
                 int64_t want = std::max<int64_t>(p_.jobs, (w.rows + p_.rangeRows - 1) / std::max<int64_t>(1, p_.rangeRows));
                 bounds = CutPoints(*c, src.engine, t, *kind, w.rows, static_cast<int32_t>(std::min<int64_t>(want, 4096)));

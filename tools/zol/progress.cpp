@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace zol {
@@ -31,7 +32,8 @@ std::string Progress::LineOf(const Running& r) const {
     if (r.expected > 0)
         std::snprintf(text, sizeof text, "  %s: %lld of %lld rows (%d%%), %.0f rows/s", r.name.c_str(),
                       static_cast<long long>(r.rows), static_cast<long long>(r.expected),
-                      static_cast<int>(100.0 * static_cast<double>(r.rows) / static_cast<double>(r.expected)),
+                      // The expected rows may be an estimate.
+                      std::min(100, static_cast<int>(100.0 * static_cast<double>(r.rows) / static_cast<double>(r.expected))),
                       s > 0 ? static_cast<double>(r.rows) / s : 0.0);
     else
         std::snprintf(text, sizeof text, "  %s: %lld rows, %.0f rows/s", r.name.c_str(),

@@ -30,7 +30,8 @@ struct ParallelOptions {
     int64_t rangeRows = 250000;  // ... of about this many rows (at least `jobs` of them)
     String stateFile;            // where the run records its progress; empty: nowhere
     bool resume = false;         // skip what the state file records as verified
-    // A table starts (its rows in the source; -1 when not counted) and ends.
+    // A table starts (its rows in the source, the server's estimate for a
+    // large MariaDB table; -1 when not counted) and ends.
     // `earlier` is true when an earlier run had verified all of it.
     // Called from the workers' threads, one call at a time.
     std::function<void(const String& table, int64_t rows)> tableStarted;
