@@ -102,6 +102,12 @@ TEST(Migrate, FourJobsGiveTheSameVerifiedSakilaAsOne) {
         return s;
     };
     EXPECT_EQ(bare(sumsOne, one.name), bare(sumsFour, four.name));
+    // Every index arrived in both, the late ones built beside the last
+    // verifications included.
+    std::string indexes = "SELECT table_name, index_name, seq_in_index, column_name, non_unique, sub_part "
+                          "FROM information_schema.statistics WHERE table_schema = DATABASE() ORDER BY 1, 2, 3";
+    EXPECT_EQ(one.Sql(indexes), source.Sql(indexes));
+    EXPECT_EQ(four.Sql(indexes), source.Sql(indexes));
     // Foreign keys came last, in both.
     std::string fk = "SELECT COUNT(*) FROM information_schema.referential_constraints WHERE constraint_schema = DATABASE()";
     EXPECT_EQ(one.Sql(fk), four.Sql(fk));

@@ -82,6 +82,13 @@ TEST(BulkLoad, EveryHostileValueArrivesByteForByte) {
     // Nothing was announced as changed: the table went as the server's text.
     EXPECT_EQ(r.output.find("dropped"), std::string::npos) << r.output;
     EXPECT_EQ(r.output.find("as Null"), std::string::npos) << r.output;
+
+    // The verification sees what the copy carries: a millionth of a second
+    // changed on the target is a difference.
+    Client("UPDATE hostile SET c13 = c13 + INTERVAL 1 MICROSECOND WHERE id = 0", dst.Name());
+    r = Zol({"verify", "--from", MyAttrs(src.Name()), "--to", MyAttrs(dst.Name())});
+    EXPECT_EQ(r.code, 1) << r.output;
+    EXPECT_NE(r.output.find("hostile: MISMATCH"), std::string::npos) << r.output;
 }
 
 TEST(BulkLoad, ATableWithBitsGoesByValuesAndSaysWhatItCannotCarry) {
