@@ -31,7 +31,7 @@ struct ParallelOptions {
     String stateFile;            // where the run records its progress; empty: nowhere
     bool resume = false;         // skip what the state file records as verified
     // A table starts (its rows in the source, the server's estimate for a
-    // large MariaDB table; -1 when not counted) and ends.
+    // MariaDB table; -1 when not counted) and ends.
     // `earlier` is true when an earlier run had verified all of it.
     // Called from the workers' threads, one call at a time.
     std::function<void(const String& table, int64_t rows)> tableStarted;
