@@ -93,15 +93,14 @@ int64_t CountRows(ado::Connection& c, Engine e, const TablePlan& t) {
 
 int64_t RowsAbout(ado::Connection& c, Engine e, const TablePlan& t, int64_t near) {
     if (e == Engine::MySql) {
-        // The server keeps an estimate; a count reads the whole table (a
-        // twentieth of a second at 250,000 rows, seconds at ten million)
-        // before a row could move. Near `near` the estimate could fall on
-        // either side, and an empty one (a table the server has not looked
-        // at yet) says nothing: those are counted.
+        // The server keeps an estimate; a count reads the whole table
+        // (seconds at ten million rows) before a row could move. The
+        // estimate of a table just filled can be far too low, and near
+        // `near` it could fall on either side: only one well above is taken.
         Variant v = Scalar(c, u"SELECT TABLE_ROWS FROM INFORMATION_SCHEMA.TABLES WHERE TABLE_SCHEMA = "
                               u"DATABASE() AND TABLE_NAME = " + TextLiteral(e, t.name));
         int64_t about = v.IsNull() || v.IsEmpty() ? 0 : Int64Of(v);
-        if (about > 0 && (about < near / 2 || about >= near * 2)) return about;
+        if (about >= near * 2) return about;
     }
     return CountRows(c, e, t);
 }

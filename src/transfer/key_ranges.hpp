@@ -25,9 +25,9 @@ std::vector<KeyRange> RangesBetween(const std::vector<Variant>& bounds);
 
 // The number of rows of a table on an endpoint's connection.
 int64_t CountRows(ado::Connection& c, Engine e, const TablePlan& t);
-// The number of rows, or the server's estimate of it when that is far from
-// `near` (MariaDB keeps one; a count reads the whole table): enough to
-// choose whether and how to cut a table at `near` rows.
+// The number of rows, or the server's estimate of it when that is well
+// above `near` (MariaDB keeps one; a count reads the whole table): enough
+// to choose whether and how to cut a table at `near` rows.
 int64_t RowsAbout(ado::Connection& c, Engine e, const TablePlan& t, int64_t near);
 
 // Deletes the table's rows of `range` on the target (all of them for the whole range).

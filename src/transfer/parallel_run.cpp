@@ -4,6 +4,7 @@
 // last, once every table has arrived.
 #include "zolsdk/transfer/parallel_run.hpp"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <condition_variable>
@@ -199,9 +200,11 @@ private:
         }
         std::unique_lock lock(mutex_);
         w.lateIndexes = !verifyInline_ && HasLateIndexes(plan_.target, t);
+        // Ranges wait in the plan's order of tables, whichever was made first.
+        auto at = std::find_if(ranges_.begin(), ranges_.end(), [&](const Task& x) { return x.table > index; });
         for (size_t i = 0; i < w.ranges.size(); ++i)
             if (!w.done[i]) {
-                ranges_.push_back({index, i});
+                at = std::next(ranges_.insert(at, {index, i}));
                 ++w.pending;
             }
         w.unstarted = w.uncopied = w.pending;
