@@ -80,6 +80,14 @@ public:
     virtual int64_t BulkLoad(const String&, const std::function<size_t(char*, size_t)>&) {
         throw ProviderFailure({{0, u"HYC00", u"This provider takes no bulk load"}});
     }
+    // Rows a batch at a time (Connection::NewRowBatch).
+    virtual bool TakesRowBatches() { return false; }
+    virtual std::unique_ptr<RowBatch> NewRowBatch(const String&) {
+        throw ProviderFailure({{0, u"HYC00", u"This provider takes no row batches"}});
+    }
+    virtual int64_t SendRowBatch(RowBatch&) {
+        throw ProviderFailure({{0, u"HYC00", u"This provider takes no row batches"}});
+    }
     virtual Ref<Recordset> OpenSchema(int32_t schema, const std::vector<Variant>& criteria) = 0;
     // The "?" marks of a statement as this store's SQL reads them (its
     // quotes, names and comments differ).

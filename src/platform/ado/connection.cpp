@@ -324,6 +324,21 @@ int64_t Connection::BulkLoad(const String& statement, const std::function<size_t
     return Guarded(errors_.get(), [&] { return b.BulkLoad(statement, feed); });
 }
 
+bool Connection::TakesRowBatches() {
+    Backend& b = RequireOpen();
+    return Guarded(errors_.get(), [&] { return b.TakesRowBatches(); });
+}
+
+std::unique_ptr<RowBatch> Connection::NewRowBatch(const String& statement) {
+    Backend& b = RequireOpen();
+    return Guarded(errors_.get(), [&] { return b.NewRowBatch(statement); });
+}
+
+int64_t Connection::SendRowBatch(RowBatch& batch) {
+    Backend& b = RequireOpen();
+    return Guarded(errors_.get(), [&] { return b.SendRowBatch(batch); });
+}
+
 Ref<Recordset> Connection::OpenRecordset(const String& source, int32_t options) {
     Backend& b = RequireOpen();
     ForgetFinishedFetches();

@@ -93,12 +93,39 @@ private:
     std::vector<Ref<Parameter>> items_;
 };
 
+// A value as the store's client library holds it in binary form, for a
+// writer to the same kind of store: `type` is that library's type code,
+// `data` its bytes (a number's bits, a date's parts, a text's bytes).
+struct WireCell {
+    int type = 0;
+    bool isUnsigned = false;
+    const void* data = nullptr;
+    unsigned long length = 0;
+};
+
 // One row as the store sent it: `values[i]` and `lengths[i]` are a
-// column's bytes, `values[i]` null for Null.
+// column's bytes, `values[i]` null for Null. `wire`, when not null, is the
+// same row in the client library's binary form, a cell a column.
 struct TextRow {
     const char* const* values = nullptr;
     const unsigned long* lengths = nullptr;
     size_t columns = 0;
+    const WireCell* wire = nullptr;
+};
+
+// The rows of one execution of an INSERT with a "?" a column, held in the
+// form the store's client sends parameters in. Filled on one thread, sent
+// (Connection::SendRowBatch) on another, never both at once.
+class RowBatch {
+public:
+    virtual ~RowBatch() = default;
+    // Adds a copy of the row; false, adding nothing, when the batch holds
+    // rows of another form and must be sent first.
+    virtual bool Add(const TextRow& row) = 0;
+    virtual size_t Rows() const = 0;
+    // About how many bytes the rows take.
+    virtual size_t Bytes() const = 0;
+    virtual void Clear() = 0;
 };
 
 namespace detail {
@@ -197,6 +224,15 @@ public:
     // of the server fails the load with the server's texts. Answers the rows
     // the server took. A failure thrown by `feed` comes out as it is.
     int64_t BulkLoad(const String& statement, const std::function<size_t(char*, size_t)>& feed);
+
+    // Whether the store takes rows a batch at a time (RowBatch): on
+    // MySQL-family servers, MariaDB servers do.
+    bool TakesRowBatches();
+    // An empty batch for `statement`, an INSERT with a "?" a column.
+    std::unique_ptr<RowBatch> NewRowBatch(const String& statement);
+    // Runs the batch's statement once for all its rows and answers the rows
+    // taken; a warning of the server fails it with the server's texts.
+    int64_t SendRowBatch(RowBatch& batch);
 
     // For Command: runs with bound parameters.
     Ref<Recordset> ExecuteWith(const String& commandText, const std::vector<Ref<Parameter>>& params,

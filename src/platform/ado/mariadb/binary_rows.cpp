@@ -97,6 +97,7 @@ void BinaryRows::Bind(const MYSQL_FIELD* fields, unsigned count) {
     binds_.assign(count, MYSQL_BIND{});
     cells_.assign(count, nullptr);
     lengths_.assign(count, 0);
+    wire_.assign(count, WireCell{});
     starts_.assign(count + 1, 0);
     for (unsigned i = 0; i < count; ++i) {
         const MYSQL_FIELD& f = fields[i];
@@ -115,6 +116,14 @@ void BinaryRows::Bind(const MYSQL_FIELD* fields, unsigned count) {
         b.length = &c.length;
         b.is_null = &c.null;
         b.error = &c.error;
+        // Bytes of a binary column go as bytes, never read as text of the
+        // connection's character set.
+        enum_field_types sent = how.bound;
+        if (how.form == Form::Bytes) {
+            bool decimal = f.type == MYSQL_TYPE_NEWDECIMAL || f.type == MYSQL_TYPE_DECIMAL;
+            sent = decimal ? MYSQL_TYPE_NEWDECIMAL : f.charsetnr == 63 ? MYSQL_TYPE_BLOB : MYSQL_TYPE_STRING;
+        }
+        wire_[i] = {static_cast<int>(sent), how.form == Form::Unsigned, nullptr, static_cast<unsigned long>(how.bytes)};
     }
     if (count) mysql_stmt_bind_result(stmt_, binds_.data());
 }
@@ -203,7 +212,10 @@ BinaryRows::Fetched BinaryRows::Fetch() {
         } else if (c.form == Form::Bytes) {
             cells_[i] = c.buffer.data();
             lengths_[i] = c.length;
+            wire_[i].data = c.buffer.data();
+            wire_[i].length = c.length;
         } else {
+            wire_[i].data = c.buffer.data();
             cells_[i] = text_.data() + starts_[i];
             lengths_[i] = static_cast<unsigned long>(starts_[i + 1] - starts_[i]);
         }

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/ado/connection.hpp"
 #include "platform/ado/mariadb/result_fields.hpp"
 
 namespace zolsdk::ado::detail {
@@ -32,6 +33,8 @@ public:
     Fetched Fetch();
     const char* const* Cells() const { return cells_.data(); }
     const unsigned long* Lengths() const { return lengths_.data(); }
+    // The same row as bound: numbers, dates and times in their binary form.
+    const WireCell* Wire() const { return wire_.data(); }
 
     unsigned Errno() const;
     const char* SqlState() const;
@@ -59,6 +62,7 @@ private:
     std::vector<size_t> starts_; // where each value starts in text_
     std::vector<const char*> cells_;
     std::vector<unsigned long> lengths_;
+    std::vector<WireCell> wire_;
 
     struct Binding {
         Form form;
