@@ -101,8 +101,7 @@ int64_t InsertByText(ado::Connection::TextStream& rows, ado::Connection& target,
     for (const auto& c : t.columns) names.push_back(c.name);
     std::string head = ToUtf8(u"INSERT INTO " + QuoteName(Engine::MySql, t.name) + u" (" +
                               QuoteList(Engine::MySql, names) + u") VALUES ");
-    std::vector<Kind> kinds = KindsOf(t);
-    std::string sql, line;
+    std::string sql, scratch;
     int64_t written = 0;
     auto flush = [&] {
         if (sql.empty()) return;
@@ -115,9 +114,7 @@ int64_t InsertByText(ado::Connection::TextStream& rows, ado::Connection& target,
     while (rows.Next(row)) {
         sql += sql.empty() ? head : std::string(",");
         AppendInsertRow(forms, row, sql);
-        line.clear();
-        AppendTextLine(kinds, row, line);
-        sent.sum += TextLineHash(line);
+        sent.sum += TextRowHash(row, scratch);
         ++sent.rows;
         if (sql.size() >= batchBytes) flush();
         if ((sent.rows & 1023) == 0 && !tick(sent.rows)) break;
@@ -162,7 +159,15 @@ void AppendTextLine(const std::vector<Kind>& kinds, const ado::TextRow& row, std
     out += '\n';
 }
 
-uint64_t TextLineHash(std::string_view line) { return Hash64(line); }
+uint64_t TextRowHash(const ado::TextRow& row, std::string& scratch) {
+    scratch.clear();
+    for (size_t i = 0; i < row.columns; ++i) {
+        uint32_t n = row.values[i] ? static_cast<uint32_t>(row.lengths[i]) : UINT32_MAX;
+        scratch.append(reinterpret_cast<const char*>(&n), sizeof n);
+        if (row.values[i]) scratch.append(row.values[i], row.lengths[i]);
+    }
+    return Hash64(scratch);
+}
 
 int64_t CopyByText(ado::Connection& source, ado::Connection& target, const TablePlan& t, const KeyRange& range,
                    size_t batchBytes, TableSum& sent, const std::function<bool(int64_t)>& tick) {
@@ -173,27 +178,23 @@ int64_t CopyByText(ado::Connection& source, ado::Connection& target, const Table
     bool loads = batches || TakesBulkLoads(target);
     std::unique_ptr<ado::Connection::TextStream> rows = OpenTextRows(source, t, range);
     if (!loads) return InsertByText(*rows, target, t, batchBytes, sent, tick);
-    std::vector<Kind> kinds = KindsOf(t);
     ado::TextRow row;
+    std::string scratch;
     if (batches) {
         // Arrays of parameters cost the server less than a bulk load's text.
         BatchWriter writer(target, t, kLoadChunkBytes);
-        std::string line;
         while (rows->Next(row)) {
             writer.Add(row);
-            line.clear();
-            AppendTextLine(kinds, row, line);
-            sent.sum += TextLineHash(line);
+            sent.sum += TextRowHash(row, scratch);
             if ((++sent.rows & 1023) == 0 && !tick(sent.rows)) break;
         }
         return writer.Finish();
     }
+    std::vector<Kind> kinds = KindsOf(t);
     LoadWriter load(target, t, kLoadChunkBytes);
     while (rows->Next(row)) {
-        std::string& text = load.Text();
-        size_t at = text.size();
-        AppendTextLine(kinds, row, text);
-        sent.sum += TextLineHash(std::string_view(text).substr(at));
+        AppendTextLine(kinds, row, load.Text());
+        sent.sum += TextRowHash(row, scratch);
         load.Added();
         if ((++sent.rows & 1023) == 0 && !tick(sent.rows)) break;
     }
@@ -203,14 +204,11 @@ int64_t CopyByText(ado::Connection& source, ado::Connection& target, const Table
 TableSum TextChecksum(ado::Connection& c, const TablePlan& t, const KeyRange& range, const std::atomic<bool>* cancel) {
     TableSum s;
     s.byText = true;
-    std::vector<Kind> kinds = KindsOf(t);
     std::unique_ptr<ado::Connection::TextStream> rows = OpenTextRows(c, t, range);
     ado::TextRow row;
-    std::string line;
+    std::string scratch;
     while (rows->Next(row)) {
-        line.clear();
-        AppendTextLine(kinds, row, line);
-        s.sum += TextLineHash(line);
+        s.sum += TextRowHash(row, scratch);
         ++s.rows;
         if (cancel && (s.rows & 4095) == 0 && cancel->load()) break;
     }
