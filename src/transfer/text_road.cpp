@@ -101,7 +101,7 @@ int64_t InsertByText(ado::Connection::TextStream& rows, ado::Connection& target,
     for (const auto& c : t.columns) names.push_back(c.name);
     std::string head = ToUtf8(u"INSERT INTO " + QuoteName(Engine::MySql, t.name) + u" (" +
                               QuoteList(Engine::MySql, names) + u") VALUES ");
-    std::string sql, scratch;
+    std::string sql;
     int64_t written = 0;
     auto flush = [&] {
         if (sql.empty()) return;
@@ -114,7 +114,7 @@ int64_t InsertByText(ado::Connection::TextStream& rows, ado::Connection& target,
     while (rows.Next(row)) {
         sql += sql.empty() ? head : std::string(",");
         AppendInsertRow(forms, row, sql);
-        sent.sum += TextRowHash(row, scratch);
+        sent.sum += TextRowHash(row);
         ++sent.rows;
         if (sql.size() >= batchBytes) flush();
         if ((sent.rows & 1023) == 0 && !tick(sent.rows)) break;
@@ -159,14 +159,15 @@ void AppendTextLine(const std::vector<Kind>& kinds, const ado::TextRow& row, std
     out += '\n';
 }
 
-uint64_t TextRowHash(const ado::TextRow& row, std::string& scratch) {
-    scratch.clear();
+uint64_t TextRowHash(const ado::TextRow& row) {
+    RowHasher h;
     for (size_t i = 0; i < row.columns; ++i) {
-        uint32_t n = row.values[i] ? static_cast<uint32_t>(row.lengths[i]) : UINT32_MAX;
-        scratch.append(reinterpret_cast<const char*>(&n), sizeof n);
-        if (row.values[i]) scratch.append(row.values[i], row.lengths[i]);
+        if (row.values[i])
+            h.Add(std::string_view(row.values[i], row.lengths[i]));
+        else
+            h.AddNull();
     }
-    return Hash64(scratch);
+    return h.Finish();
 }
 
 int64_t CopyByText(ado::Connection& source, ado::Connection& target, const TablePlan& t, const KeyRange& range,
@@ -179,13 +180,12 @@ int64_t CopyByText(ado::Connection& source, ado::Connection& target, const Table
     std::unique_ptr<ado::Connection::TextStream> rows = OpenTextRows(source, t, range);
     if (!loads) return InsertByText(*rows, target, t, batchBytes, sent, tick);
     ado::TextRow row;
-    std::string scratch;
     if (batches) {
         // Arrays of parameters cost the server less than a bulk load's text.
         BatchWriter writer(target, t, kLoadChunkBytes);
         while (rows->Next(row)) {
             writer.Add(row);
-            sent.sum += TextRowHash(row, scratch);
+            sent.sum += TextRowHash(row);
             if ((++sent.rows & 1023) == 0 && !tick(sent.rows)) break;
         }
         return writer.Finish();
@@ -194,7 +194,7 @@ int64_t CopyByText(ado::Connection& source, ado::Connection& target, const Table
     LoadWriter load(target, t, kLoadChunkBytes);
     while (rows->Next(row)) {
         AppendTextLine(kinds, row, load.Text());
-        sent.sum += TextRowHash(row, scratch);
+        sent.sum += TextRowHash(row);
         load.Added();
         if ((++sent.rows & 1023) == 0 && !tick(sent.rows)) break;
     }
@@ -206,9 +206,8 @@ TableSum TextChecksum(ado::Connection& c, const TablePlan& t, const KeyRange& ra
     s.byText = true;
     std::unique_ptr<ado::Connection::TextStream> rows = OpenTextRows(c, t, range);
     ado::TextRow row;
-    std::string scratch;
     while (rows->Next(row)) {
-        s.sum += TextRowHash(row, scratch);
+        s.sum += TextRowHash(row);
         ++s.rows;
         if (cancel && (s.rows & 4095) == 0 && cancel->load()) break;
     }

@@ -27,10 +27,9 @@ std::unique_ptr<ado::Connection::TextStream> OpenTextRows(ado::Connection& c, co
 // AppendLoadText gives a row of values (binary columns as hex digits).
 void AppendTextLine(const std::vector<Kind>& kinds, const ado::TextRow& row, std::string& out);
 
-// The row hash of the text road: of its cells, each as its length and
-// bytes (Null as no length), so that nothing needs escaping. `scratch`
-// is the caller's, kept from row to row.
-uint64_t TextRowHash(const ado::TextRow& row, std::string& scratch);
+// The row hash of the text road: of its cells, each with its length, so
+// that nothing needs escaping.
+uint64_t TextRowHash(const ado::TextRow& row);
 
 // Streams the rows of `range` from `source` into `target` (a bulk load, or
 // INSERTs of many rows when the server refuses those); adds each row's hash

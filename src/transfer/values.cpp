@@ -263,37 +263,70 @@ String Shown(const Variant& v) {
     return s;
 }
 
+namespace {
+
+uint64_t Rotl(uint64_t x, int r) { return (x << r) | (x >> (64 - r)); }
+
+// Each word mixed before it joins (multiply and rotate).
+uint64_t Mix(uint64_t w) {
+    w *= 0x87c37b91114253d5ull;
+    w = Rotl(w, 31);
+    return w * 0x4cf5ad432745937full;
+}
+
+// A full avalanche, so that sums of row hashes do not cancel out.
+uint64_t Avalanche(uint64_t h) {
+    h ^= h >> 30;
+    h *= 0xbf58476d1ce4e5b9ull;
+    h ^= h >> 27;
+    h *= 0x94d049bb133111ebull;
+    return h ^ (h >> 31);
+}
+
+} // namespace
+
 uint64_t Hash64(std::string_view bytes) {
-    // Eight bytes a step, each word mixed before it joins (multiply and
-    // rotate), the length folded in; then a full avalanche so that sums of
-    // row hashes do not cancel out.
-    auto rotl = [](uint64_t x, int r) { return (x << r) | (x >> (64 - r)); };
-    auto mix = [&](uint64_t w) {
-        w *= 0x87c37b91114253d5ull;
-        w = rotl(w, 31);
-        w *= 0x4cf5ad432745937full;
-        return w;
-    };
+    // Eight bytes a step, the length folded in.
     uint64_t h = 14695981039346656037ull ^ (bytes.size() * 0x9e3779b97f4a7c15ull);
     const char* p = bytes.data();
     size_t n = bytes.size();
     for (; n >= 8; p += 8, n -= 8) {
         uint64_t w;
         std::memcpy(&w, p, 8);
-        h ^= mix(w);
-        h = rotl(h, 27) * 5 + 0x52dce729;
+        h ^= Mix(w);
+        h = Rotl(h, 27) * 5 + 0x52dce729;
     }
     if (n) {
         uint64_t w = 0;
         std::memcpy(&w, p, n);
-        h ^= mix(w);
+        h ^= Mix(w);
     }
-    h ^= h >> 30;
-    h *= 0xbf58476d1ce4e5b9ull;
-    h ^= h >> 27;
-    h *= 0x94d049bb133111ebull;
-    h ^= h >> 31;
-    return h;
+    return Avalanche(h);
 }
+
+void RowHasher::Word(uint64_t w) {
+    h_ ^= Mix(w);
+    h_ = Rotl(h_, 27) * 5 + 0x52dce729;
+}
+
+void RowHasher::Add(std::string_view value) {
+    Word(value.size());
+    const char* p = value.data();
+    size_t n = value.size();
+    for (; n >= 8; p += 8, n -= 8) {
+        uint64_t w;
+        std::memcpy(&w, p, 8);
+        Word(w);
+    }
+    if (n) {
+        uint64_t w = 0;
+        std::memcpy(&w, p, n);
+        Word(w);
+    }
+}
+
+void RowHasher::AddNull() { Word(~uint64_t{0}); }
+
+uint64_t RowHasher::Finish() const { return Avalanche(h_); }
 
 } // namespace zolsdk::transfer

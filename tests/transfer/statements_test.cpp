@@ -123,3 +123,26 @@ TEST(TransferStatements, LoadTextEscapesEachSpecialByteWhereverItStands) {
     AppendLoadEscaped(std::string("\\\\\t\t\n\n\0\0", 8), all);
     EXPECT_EQ(all, "\\\\\\\\\\t\\t\\n\\n\\0\\0");
 }
+
+TEST(Values, ARowHashTellsApartWhereOneValueEndsAndNullFromEmpty) {
+    auto hash = [](std::initializer_list<const char*> values) {
+        RowHasher h;
+        for (const char* v : values) v ? h.Add(v) : h.AddNull();
+        return h.Finish();
+    };
+    // Values of every length around a word, moved from one cell to the next.
+    std::string long_text(23, 'q');
+    EXPECT_NE(hash({"ab", "c"}), hash({"a", "bc"}));
+    EXPECT_NE(hash({long_text.c_str(), ""}), hash({long_text.substr(0, 15).c_str(), long_text.substr(15).c_str()}));
+    EXPECT_NE(hash({nullptr, "x"}), hash({"", "x"}));
+    EXPECT_NE(hash({"x", nullptr}), hash({nullptr, "x"}));
+    EXPECT_NE(hash({"12345678"}), hash({"1234567", "8"}));
+    EXPECT_EQ(hash({"same", nullptr, ""}), hash({"same", nullptr, ""}));
+    // A single byte changed anywhere in a long value changes the hash.
+    std::string base(100, 'a');
+    for (size_t at = 0; at < base.size(); ++at) {
+        std::string changed = base;
+        changed[at] = 'b';
+        ASSERT_NE(hash({changed.c_str()}), hash({base.c_str()})) << at;
+    }
+}

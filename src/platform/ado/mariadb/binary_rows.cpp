@@ -14,7 +14,7 @@ namespace {
 // grows to it, up to this much.
 constexpr size_t kMostBytes = 1 << 20;
 
-void Put(std::string& out, const char* begin, const char* end) { out.append(begin, end); }
+void Put(std::string& out, const char* begin, const char* end) { out.append(begin, static_cast<size_t>(end - begin)); }
 
 template <class T> void PutNumber(std::string& out, T v) {
     char buf[64];
