@@ -40,6 +40,11 @@ BatchWriter::~BatchWriter() {
 }
 
 void BatchWriter::Add(const ado::TextRow& row) {
+    // A large row goes in a batch of its own rather than on top of a full
+    // one: one execution must fit the server's largest packet.
+    size_t bytes = 0;
+    for (size_t i = 0; i < row.columns; ++i) bytes += row.lengths[i] + 8;
+    if (filling_->Rows() && filling_->Bytes() + bytes > batchBytes_) Hand();
     if (!filling_->Add(row)) {
         Hand();
         filling_->Add(row);

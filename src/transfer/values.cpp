@@ -304,29 +304,40 @@ uint64_t Hash64(std::string_view bytes) {
     return Avalanche(h);
 }
 
-void RowHasher::Word(uint64_t w) {
-    h_ ^= Mix(w);
-    h_ = Rotl(h_, 27) * 5 + 0x52dce729;
+namespace {
+
+// The two halves of a full 64 x 64-bit product folded together: one
+// multiplication takes in sixteen bytes.
+uint64_t Fold(uint64_t a, uint64_t b) {
+    unsigned __int128 r = static_cast<unsigned __int128>(a) * b;
+    return static_cast<uint64_t>(r) ^ static_cast<uint64_t>(r >> 64);
 }
+
+constexpr uint64_t kOdd1 = 0xa0761d6478bd642full, kOdd2 = 0xe7037ed1a0b428dbull, kOdd3 = 0x8ebc6af09c88c6e3ull;
+
+} // namespace
 
 void RowHasher::Add(std::string_view value) {
-    Word(value.size());
     const char* p = value.data();
     size_t n = value.size();
-    for (; n >= 8; p += 8, n -= 8) {
-        uint64_t w;
-        std::memcpy(&w, p, 8);
-        Word(w);
+    uint64_t h = Fold(h_ ^ kOdd1, n ^ kOdd2);
+    for (; n >= 16; p += 16, n -= 16) {
+        uint64_t a, b;
+        std::memcpy(&a, p, 8);
+        std::memcpy(&b, p + 8, 8);
+        h = Fold(a ^ kOdd2, b ^ h);
     }
     if (n) {
-        uint64_t w = 0;
-        std::memcpy(&w, p, n);
-        Word(w);
+        uint64_t a = 0, b = 0;
+        std::memcpy(&a, p, n < 8 ? n : 8);
+        if (n > 8) std::memcpy(&b, p + 8, n - 8);
+        h = Fold(a ^ kOdd2, b ^ h);
     }
+    h_ = h;
 }
 
-void RowHasher::AddNull() { Word(~uint64_t{0}); }
+void RowHasher::AddNull() { h_ = Fold(h_ ^ kOdd3, kOdd1); }
 
-uint64_t RowHasher::Finish() const { return Avalanche(h_); }
+uint64_t RowHasher::Finish() const { return Avalanche(h_ ^ kOdd3); }
 
 } // namespace zolsdk::transfer

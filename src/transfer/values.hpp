@@ -35,8 +35,8 @@ String Shown(const Variant& v);
 // A 64-bit hash of bytes (for checksums of normal forms).
 uint64_t Hash64(std::string_view bytes);
 
-// The same kind of hash over a row's values one by one, each with its
-// length (so no value needs a separator), without copying them together.
+// A 64-bit hash of a row's values one by one, each with its length (so no
+// value needs a separator), without copying them together.
 class RowHasher {
 public:
     void Add(std::string_view value);
@@ -45,7 +45,6 @@ public:
 
 private:
     uint64_t h_ = 14695981039346656037ull;
-    void Word(uint64_t w);
 };
 
 } // namespace zolsdk::transfer
