@@ -482,6 +482,8 @@ public:
         if (stmt_) mysql_stmt_close(stmt_);
     }
 
+    bool On(const std::shared_ptr<Link>& link) const { return link_ == link; }
+
     int64_t Send() {
         std::lock_guard<std::mutex> g(link_->lock);
         MYSQL* db = link_->db;
@@ -657,7 +659,8 @@ public:
 
     int64_t SendRowBatch(RowBatch& batch) override {
         auto* linked = dynamic_cast<LinkedBatch*>(&batch);
-        if (!linked) throw ProviderFailure({{0, u"HY024", u"The batch was made by another provider"}});
+        if (!linked || !linked->On(link_))
+            throw ProviderFailure({{0, u"HY024", u"The batch was made for another connection"}});
         return linked->Send();
     }
 
