@@ -1,11 +1,11 @@
 #pragma once
 // MariaDB to MariaDB with every column made with its source's own type:
-// each value goes from the text the source server sent to the text the
-// target server reads, never decoded into a library value and rendered
-// again. The server reads its own text back as the same value, so nothing
-// is lost (fractions of a second, zero dates and the odd value included)
-// and the client does no more than escape bytes. Both sides of the
-// verification hash the same lines.
+// each value goes on in the binary form the source server sent it in (as
+// a parameter of an INSERT run for arrays of rows), or as the text the
+// target server reads back as the same value, never decoded into a library
+// value and rendered again. Nothing is lost (fractions of a second, zero
+// dates and the odd value included). Both sides of the verification hash
+// the same texts.
 #include <atomic>
 #include <memory>
 
@@ -31,8 +31,9 @@ void AppendTextLine(const std::vector<Kind>& kinds, const ado::TextRow& row, std
 // that nothing needs escaping.
 uint64_t TextRowHash(const ado::TextRow& row);
 
-// Streams the rows of `range` from `source` into `target` (a bulk load, or
-// INSERTs of many rows when the server refuses those); adds each row's hash
+// Streams the rows of `range` from `source` into `target` (arrays of
+// parameters, or a bulk load where the server takes no such arrays, or
+// INSERTs of many rows where it refuses both); adds each row's hash
 // to `sent`. `tick(rows read)` is asked every so often whether to go on.
 // Answers the rows the target took.
 int64_t CopyByText(ado::Connection& source, ado::Connection& target, const TablePlan& t, const KeyRange& range,
