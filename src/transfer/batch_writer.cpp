@@ -1,19 +1,13 @@
 #include "transfer/batch_writer.hpp"
 
 #include "transfer/endpoint.hpp"
-#include "transfer/identifiers.hpp"
 
 namespace zolsdk::transfer {
 
 String BatchInsertSql(const TablePlan& t) {
-    std::vector<String> names;
     String marks;
-    for (const auto& c : t.columns) {
-        names.push_back(c.name);
-        marks += marks.empty() ? u"?" : u", ?";
-    }
-    return u"INSERT INTO " + QuoteName(Engine::MySql, t.name) + u" (" + QuoteList(Engine::MySql, names) +
-           u") VALUES (" + marks + u")";
+    for (size_t i = 0; i < t.columns.size(); ++i) marks += i ? u", ?" : u"?";
+    return InsertHead(Engine::MySql, t) + u"(" + marks + u")";
 }
 
 BatchWriter::BatchWriter(ado::Connection& c, const TablePlan& t, size_t batchBytes) : c_(c), batchBytes_(batchBytes) {

@@ -17,11 +17,6 @@ namespace zolsdk::transfer {
 
 namespace {
 
-std::vector<String> ColumnNames(const TablePlan& t) {
-    std::vector<String> names;
-    for (const auto& c : t.columns) names.push_back(c.name);
-    return names;
-}
 
 Kind KindOfColumn(const TablePlan& t, StringView name) {
     for (const auto& c : t.columns)
@@ -35,8 +30,7 @@ class MySqlBatchWriter : public RowWriter {
 public:
     MySqlBatchWriter(ado::Connection& c, const TablePlan& t, size_t batchBytes)
         : c_(c), limit_(batchBytes / 2) {
-        head_ = u"INSERT INTO " + QuoteName(Engine::MySql, t.name) + u" (" + QuoteList(Engine::MySql, ColumnNames(t)) +
-                u") VALUES ";
+        head_ = InsertHead(Engine::MySql, t);
         for (const auto& col : t.columns) kinds_.push_back(col.kind);
         sql_.reserve(limit_ + 4096);
     }
@@ -74,7 +68,7 @@ class BoundWriter : public RowWriter {
 public:
     BoundWriter(ado::Connection& c, Engine e, const TablePlan& t, size_t rowsPerStatement)
         : c_(c), e_(e), table_(t.name), rowsPerStatement_(rowsPerStatement) {
-        head_ = u"INSERT INTO " + QuoteName(e, t.name) + u" (" + QuoteList(e, ColumnNames(t)) + u") VALUES ";
+        head_ = InsertHead(e, t);
         for (size_t i = 0; i < t.columns.size(); ++i) rowMarks_ += i ? u", ?" : u"(?";
         rowMarks_ += u")";
         for (const auto& col : t.columns) {
@@ -137,6 +131,12 @@ bool ReadAsText(Engine e, const ColumnPlan& c) {
 bool ReadWidened(Engine e, const ColumnPlan& c) { return e == Engine::MySql && c.kind == Kind::Single; }
 
 } // namespace
+
+String InsertHead(Engine e, const TablePlan& t) {
+    std::vector<String> names;
+    for (const auto& c : t.columns) names.push_back(c.name);
+    return u"INSERT INTO " + QuoteName(e, t.name) + u" (" + QuoteList(e, names) + u") VALUES ";
+}
 
 String SelectSql(Engine e, const TablePlan& t, const KeyRange& range) {
     String columns;

@@ -13,6 +13,10 @@ namespace zolsdk::transfer {
 // on its first key column).
 String SelectSql(Engine e, const TablePlan& t, const KeyRange& range);
 
+// "INSERT INTO table (columns) VALUES " for the table's planned columns,
+// quoted the engine's way; the caller adds the rows or the marks.
+String InsertHead(Engine e, const TablePlan& t);
+
 class RowReader {
 public:
     RowReader(ado::Connection& c, Engine e, const TablePlan& t, const KeyRange& range);

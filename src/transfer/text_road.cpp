@@ -97,10 +97,7 @@ int64_t InsertByText(ado::Connection::TextStream& rows, ado::Connection& target,
                      size_t batchBytes, TableSum& sent, const std::function<bool(int64_t)>& tick) {
     std::vector<Form> forms;
     for (const auto& c : t.columns) forms.push_back(*FormOf(c));
-    std::vector<String> names;
-    for (const auto& c : t.columns) names.push_back(c.name);
-    std::string head = ToUtf8(u"INSERT INTO " + QuoteName(Engine::MySql, t.name) + u" (" +
-                              QuoteList(Engine::MySql, names) + u") VALUES ");
+    std::string head = ToUtf8(InsertHead(Engine::MySql, t));
     std::string sql;
     int64_t written = 0;
     auto flush = [&] {
